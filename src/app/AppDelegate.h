@@ -1,0 +1,53 @@
+#pragma once
+
+#include "support/Lifetime.h"
+
+#include <string>
+
+namespace quillox {
+
+class AccessibilityTrust;
+class AppState;
+class Application;
+class RunLoop;
+class RunningApplications;
+
+/// Decides when updates may be installed.
+class AutomaticUpdates {
+public:
+    virtual ~AutomaticUpdates() = default;
+    virtual void configure(bool autoUpdate) = 0;
+};
+
+/// What happens once, right after launch. Main thread only.
+class AppDelegate {
+public:
+    struct Machine {
+        RunLoop& runLoop;
+        AccessibilityTrust& accessibility;
+        RunningApplications& runningApplications;
+        Application& application;
+    };
+
+    /// `bundleIdentifier` may be empty; `updates` may be absent.
+    AppDelegate(
+        Machine, AppState&, std::string bundleIdentifier, AutomaticUpdates* updates = nullptr);
+
+    /// Gives way to a copy that runs already, else sets updates up and decides whether to seal.
+    /// False when this copy gives way: it ends, and must show nothing.
+    bool applicationDidFinishLaunching();
+
+    static bool applicationShouldTerminateAfterLastWindowClosed() { return true; }
+
+private:
+    bool activateRunningCopy();
+    bool shouldAutoStart() const;
+
+    Machine m_machine;
+    AppState& m_state;
+    std::string m_bundleIdentifier;
+    AutomaticUpdates* m_updates;
+    Lifetime m_lifetime;
+};
+
+} // namespace quillox

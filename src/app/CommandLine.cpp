@@ -1,0 +1,163 @@
+#include "app/CommandLine.h"
+
+#include "app/ConfigDocument.h"
+#include "config/SettingsFields.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace quillox {
+
+namespace {
+
+    using Action = ConfigRequest::Action;
+
+    struct Command {
+        std::string_view name;
+        Action action;
+        std::size_t fewestArguments;
+        std::size_t mostArguments;
+        bool takesWithPassword;
+        bool takesJson;
+        std::string_view usage;
+        std::string_view purpose;
+    };
+
+    constexpr std::array commands {
+        Command { "show", Action::show, 0, 0, true, true, "show [--json] [--with-password]",
+            "Print every setting." },
+        Command { "get", Action::get, 1, 1, true, false, "get KEY [--with-password]",
+            "Print one setting, as \"set\" takes it." },
+        Command { "set", Action::set, 2, 2, false, false, "set KEY VALUE", "Change one setting." },
+        Command { "reset", Action::reset, 0, 1, false, false, "reset [KEY]",
+            "Give one setting its default, or all but hasOnboarded." },
+        Command { "export", Action::exportFile, 1, 1, true, false, "export FILE [--with-password]",
+            "Write the settings to FILE (\"-\": standard output)." },
+        Command { "import", Action::importFile, 1, 1, false, false, "import FILE",
+            "Take settings from FILE (\"-\": standard input)." },
+        Command { "path", Action::path, 0, 0, false, false, "path",
+            "Print the name of the settings file." },
+    };
+
+    CommandLine failure(std::string error)
+    {
+        return { CommandLine::Kind::error, {}, std::move(error) };
+    }
+
+    CommandLine config(ConfigRequest request)
+    {
+        return { CommandLine::Kind::config, std::move(request), {} };
+    }
+
+    bool isHelp(const std::string& argument)
+    {
+        return argument == "--help" || argument == "-h";
+    }
+
+    /// Takes the options that the command knows out of the arguments. A value never counts as one.
+    void takeOptions(
+        const Command& command, std::vector<std::string>& arguments, ConfigRequest& request)
+    {
+        std::erase_if(arguments, [&](const std::string& argument) {
+            const auto isPassword = command.takesWithPassword && argument == "--with-password";
+            const auto isJson = command.takesJson && argument == "--json";
+            request.withPassword = request.withPassword || isPassword;
+            request.json = request.json || isJson;
+            return isPassword || isJson;
+        });
+    }
+
+    CommandLine parseConfig(std::vector<std::string> arguments)
+    {
+        if (arguments.empty())
+            return failure("config: a command is missing; see quillox config --help");
+        if (arguments.size() == 1 && isHelp(arguments[0]))
+            return config({});
+        const auto command = std::find_if(commands.begin(), commands.end(),
+            [&](const Command& candidate) { return candidate.name == arguments[0]; });
+        if (command == commands.end())
+            return failure(fmt::format(
+                "config: no command {}; see quillox config --help", quoted(arguments[0])));
+        arguments.erase(arguments.begin());
+        if (arguments.size() == 1 && isHelp(arguments[0]))
+            return config({});
+        ConfigRequest request;
+        request.action = command->action;
+        takeOptions(*command, arguments, request);
+        // Where options are known, what looks like another one is a mistake, not a name.
+        const auto unknown = std::find_if(arguments.begin(), arguments.end(),
+            [](const std::string& argument) { return argument.starts_with("--"); });
+        const auto mayHoldValue = command->action == Action::set;
+        if (arguments.size() < command->fewestArguments || arguments.size() > command->mostArguments
+            || (unknown != arguments.end() && !mayHoldValue))
+            return failure(fmt::format("usage: quillox config {}", command->usage));
+        const auto isAboutFile
+            = command->action == Action::exportFile || command->action == Action::importFile;
+        if (isAboutFile)
+            request.file = arguments[0];
+        else if (!arguments.empty())
+            request.key = arguments[0];
+        if (mayHoldValue)
+            request.value = arguments[1];
+        return config(std::move(request));
+    }
+
+} // namespace
+
+CommandLine CommandLine::parse(const std::vector<std::string>& arguments)
+{
+    if (arguments.empty())
+        return {};
+    const auto& first = arguments[0];
+    if (first == "config")
+        return parseConfig({ arguments.begin() + 1, arguments.end() });
+    if (arguments.size() == 1 && first == "--version")
+        return { Kind::version, {}, {} };
+    if (arguments.size() == 1 && isHelp(first))
+        return { Kind::help, {}, {} };
+    if (arguments.size() == 1 && first == "displays")
+        return { Kind::displays, {}, {} };
+    const auto isKnown = first == "displays" || first == "--version" || isHelp(first);
+    return failure(fmt::format(
+        "unexpected argument {}; see quillox --help", quoted(isKnown ? arguments[1] : first)));
+}
+
+std::string versionText()
+{
+    return "Quillox " QUILLOX_VERSION "\n";
+}
+
+std::string helpText()
+{
+    return "Usage: quillox\n"
+           "       quillox config COMMAND\n"
+           "       quillox displays\n"
+           "       quillox --version | --help\n"
+           "\n"
+           "Seals one website into a locked full screen. Without arguments the program starts;\n"
+           "\"quillox config --help\" tells how to change its settings from a terminal;\n"
+           "\"quillox displays\" lists the numbers that displayID can have here.\n";
+}
+
+std::string configHelpText()
+{
+    std::string text = "Usage: quillox config COMMAND\n\nCommands:\n";
+    for (const auto& command : commands)
+        text += fmt::format("  {:<32} {}\n", command.usage, command.purpose);
+    text += "\nSettings:\n";
+    for (const auto& field : settingsFields)
+        text += fmt::format("  {:<20} {}\n", field.name, validValues(field));
+    text += "  hasOnboarded         true or false\n"
+            "\n"
+            "A list is a JSON array, or texts with commas between them. The password is only\n"
+            "printed or exported with --with-password; import it from standard input to keep it\n"
+            "out of the list of processes. A running program takes the settings at its next\n"
+            "start. An exported file can be installed for every user of a machine as\n"
+            "/etc/xdg/Quillox/defaults.json, readable by them; what a user sets goes before it.\n";
+    return text;
+}
+
+} // namespace quillox

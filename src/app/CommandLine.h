@@ -1,0 +1,52 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace quillox {
+
+/// What `quillox config` is asked to do.
+struct ConfigRequest {
+    enum class Action { help, show, get, set, reset, exportFile, importFile, path };
+
+    Action action = Action::help;
+    /// For `get` and `set`, and for `reset` when it is not about every field.
+    std::optional<std::string> key;
+    /// For `set`.
+    std::string value;
+    /// For `exportFile` and `importFile`; "-" is standard output or input.
+    std::string file;
+    bool withPassword = false;
+    bool json = false;
+
+    bool operator==(const ConfigRequest&) const = default;
+};
+
+/// What the program is asked to do.
+struct CommandLine {
+    enum class Kind { run, version, help, displays, config, error };
+
+    Kind kind = Kind::run;
+    /// For `config`.
+    ConfigRequest config;
+    /// For `error`: one line without its end, to follow the program's name.
+    std::string error;
+
+    /// `arguments` without the program's own name.
+    static CommandLine parse(const std::vector<std::string>& arguments);
+};
+
+/// The exit codes of the command line.
+inline constexpr int exitSuccess = 0;
+/// Something could not be read or written.
+inline constexpr int exitFailure = 1;
+/// The command, a key or a value is wrong; nothing was changed.
+inline constexpr int exitUsage = 2;
+
+/// Complete texts, with their last line ended.
+std::string versionText();
+std::string helpText();
+std::string configHelpText();
+
+} // namespace quillox

@@ -1,0 +1,195 @@
+#include "kiosk/KioskController.h"
+
+#include "ports/FileSystem.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace quillox {
+
+namespace {
+
+    constexpr auto sealedPresentation = PresentationOptions::HideDock
+        | PresentationOptions::HideMenuBar | PresentationOptions::DisableAppleMenu
+        | PresentationOptions::DisableProcessSwitching | PresentationOptions::DisableForceQuit
+        | PresentationOptions::DisableSessionTermination
+        | PresentationOptions::DisableHideApplication
+        | PresentationOptions::DisableMenuBarTransparency;
+
+    constexpr std::chrono::seconds defaultSessionGap { 60 };
+
+} // namespace
+
+KioskController::KioskController(Machine machine, RunCollaborators collaborators)
+    : m_machine(machine)
+    , m_collaborators(collaborators)
+{
+}
+
+KioskController::~KioskController()
+{
+    m_onExit = nullptr;
+    stop();
+}
+
+bool KioskController::start(const KioskSettings& settings, std::function<void()> onExit)
+{
+    if (m_isActive)
+        return false;
+    const auto startURL = settings.kioskStartURL();
+    if (!startURL)
+        return false;
+
+    m_settings = settings;
+    m_onExit = std::move(onExit);
+    m_currentStartURL = startURL;
+    // Without any output the run waits behind a window of this size until one appears.
+    m_screen = chooseScreen().value_or(Screen { 0, "", { 0, 0, 1024, 768 }, 0 });
+
+    buildWindow(*startURL);
+    m_machine.application.activate(true);
+    installCoverWindows(m_screen);
+    m_savedPresentationOptions = m_machine.application.presentationOptions();
+    m_machine.application.setPresentationOptions(sealedPresentation);
+    startGuards();
+    installKeyMonitor();
+    startWatches();
+
+    m_screensSubscription = m_machine.screens.onChange([this] { handleScreensChanged(); });
+    m_isActive = true;
+    return true;
+}
+
+void KioskController::startGuards()
+{
+    if (auto* lock = m_collaborators.keyLock) {
+        lock->setOnExitCombo(m_lifetime.guard([this] { requestExit(); }));
+        lock->setOnHoldProgress(m_lifetime.guard([this](double progress) {
+            if (m_collaborators.holdFeedback)
+                m_collaborators.holdFeedback->setProgress(progress);
+        }));
+        // The run goes on without the lock; the key monitor then catches the gesture.
+        static_cast<void>(lock->start());
+    }
+    if (m_collaborators.hotKeys)
+        m_collaborators.hotKeys->disable();
+    if (m_collaborators.sleep)
+        m_collaborators.sleep->start();
+}
+
+void KioskController::startWatches()
+{
+    if (m_collaborators.idleWatch)
+        m_collaborators.idleWatch->start(m_settings, *m_currentStartURL, m_webView->view());
+    if (m_collaborators.usage) {
+        const auto gap = m_settings.idleResetSeconds >= 1
+            ? std::chrono::seconds(m_settings.idleResetSeconds)
+            : defaultSessionGap;
+        m_collaborators.usage->begin(m_settings.usageSourceKey(), gap);
+    }
+}
+
+void KioskController::installKeyMonitor()
+{
+    m_keyMonitor = m_machine.eventMonitors.addLocalMonitor(
+        maskOf(EventType::KeyDown), [this](const Event& event) { return filterKeyDown(event); });
+}
+
+EventMonitors::Verdict KioskController::filterKeyDown(const Event& event)
+{
+    using enum ModifierFlags;
+    const bool isLocked = m_collaborators.keyLock && m_collaborators.keyLock->isRunning();
+    if (!isLocked && event.keyCode == keys::s && containsAll(event.flags, Command | Shift)) {
+        requestExit();
+        return EventMonitors::Verdict::Swallow;
+    }
+    return containsAny(event.flags, Command | Control) ? EventMonitors::Verdict::Swallow
+                                                       : EventMonitors::Verdict::Pass;
+}
+
+void KioskController::requestExit()
+{
+    if (m_settings.requireExitPassword && !m_settings.exitPassword.empty())
+        presentSealPrompt();
+    else
+        stop();
+}
+
+void KioskController::presentSealPrompt()
+{
+    // Without a way to ask for the password, nobody has given the right one.
+    if (m_promptHost || !m_window || !m_window->contentView() || !m_collaborators.exitPrompts)
+        return;
+    m_promptHost = m_collaborators.exitPrompts->makePrompt({
+        .title = "BREAK SEAL",
+        .subtitle = "Enter the exit password to leave kiosk mode",
+        .verify = [password = m_settings.exitPassword](
+                      const std::string& text) { return text == password; },
+        .onSuccess = m_lifetime.guard([this] {
+            dismissSealPrompt();
+            stop();
+        }),
+        .onCancel = m_lifetime.guard([this] { dismissSealPrompt(); }),
+    });
+    m_window->contentView()->add(*m_promptHost,
+        { 0, 0, m_screen.frame.width, m_screen.frame.height }, { .width = true, .height = true });
+    m_window->makeKeyAndOrderFront();
+}
+
+void KioskController::dismissSealPrompt()
+{
+    m_promptHost.reset();
+    if (m_webView && m_window)
+        m_window->platformWindow().makeFirstResponder(m_webView->view());
+}
+
+void KioskController::stop()
+{
+    if (!m_isActive)
+        return;
+    if (m_collaborators.keyLock)
+        m_collaborators.keyLock->stop();
+    if (m_collaborators.sleep)
+        m_collaborators.sleep->stop();
+    if (m_collaborators.hotKeys)
+        m_collaborators.hotKeys->restore();
+    m_screensSubscription.reset();
+    if (m_collaborators.idleWatch)
+        m_collaborators.idleWatch->stop();
+    if (m_collaborators.usage)
+        m_collaborators.usage->end();
+    removeCoverWindows();
+    if (m_collaborators.connectivity)
+        m_collaborators.connectivity->stopNetworkMonitor();
+    endContent();
+    m_isActive = false;
+    m_machine.application.bringVisibleWindowsForward();
+    m_machine.application.activate(true);
+    // The callback may start the next run, which replaces it.
+    if (const auto onExit = m_onExit)
+        onExit();
+}
+
+void KioskController::endContent()
+{
+    m_navBar.reset();
+    m_notchBar.reset();
+    m_offlineHost.reset();
+    m_promptHost.reset();
+    m_holdHost.reset();
+    m_keyMonitor.reset();
+    if (m_savedPresentationOptions)
+        m_machine.application.setPresentationOptions(*m_savedPresentationOptions);
+    m_webView->stopLoading();
+    m_window->orderOut();
+    m_window->setContentView(nullptr);
+    m_webView.reset();
+    m_window.reset();
+}
+
+void KioskController::willOpenContextMenu(std::vector<std::string>& items)
+{
+    KioskWebView::emptyContextMenu(items);
+}
+
+} // namespace quillox

@@ -1,0 +1,110 @@
+#pragma once
+
+#include "config/KioskSettings.h"
+#include "kiosk/KioskWebView.h"
+#include "kiosk/KioskWindow.h"
+#include "kiosk/RunCollaborators.h"
+#include "ports/Application.h"
+#include "ports/EventMonitors.h"
+#include "ports/Screens.h"
+#include "support/Handle.h"
+#include "support/Lifetime.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace quillox {
+
+class FileSystem;
+
+/// Drives one sealed run after another: the page full screen on its display, every other display
+/// black, the ways out closed, and everything undone in a fixed order at the end. Main thread only.
+class KioskController final : public NavigationDelegate, public UIDelegate {
+public:
+    struct Machine {
+        Screens& screens;
+        Windows& windows;
+        WebViews& webViews;
+        EventMonitors& eventMonitors;
+        Application& application;
+        const FileSystem& fileSystem;
+    };
+
+    explicit KioskController(Machine, RunCollaborators = {});
+    ~KioskController() override;
+
+    static KioskController& shared() { return *s_shared; }
+    static void setShared(KioskController* controller) { s_shared = controller; }
+
+    /// Seals. False, and nothing changed, when a run is active already or the settings name no
+    /// start address. `onExit` is called once, at the end of the run.
+    bool start(const KioskSettings&, std::function<void()> onExit);
+
+    /// What the exit gesture asks for: the end of the run, or first the password when one is
+    /// required.
+    void requestExit();
+
+    /// Takes the password prompt away and gives the keyboard back to the page.
+    void dismissSealPrompt();
+
+    /// Ends the run; harmless without one.
+    void stop();
+
+    bool isActive() const { return m_isActive; }
+
+private:
+    struct CoverWindow {
+        Screen screen;
+        std::unique_ptr<Window> window;
+    };
+
+    std::optional<Screen> chooseScreen() const;
+    WebViewConfiguration webViewConfiguration() const;
+    void buildWindow(const Url& startURL);
+    void buildContent(Container&);
+    double topInset() const;
+    Rect webViewFrame() const;
+    Rect notchBarFrame() const;
+    void startGuards();
+    void startWatches();
+    void endContent();
+    void installCoverWindows(const Screen& excluded);
+    void removeCoverWindows();
+    void installKeyMonitor();
+    EventMonitors::Verdict filterKeyDown(const Event&);
+    void presentSealPrompt();
+    void handleScreensChanged();
+    void willOpenContextMenu(std::vector<std::string>& items) override;
+
+    inline static KioskController* s_shared = nullptr;
+
+    Machine m_machine;
+    RunCollaborators m_collaborators;
+
+    KioskSettings m_settings; ///< The copy that this run was started with.
+    std::function<void()> m_onExit;
+    std::optional<Url> m_currentStartURL;
+    Screen m_screen;
+    bool m_isActive = false;
+    std::optional<PresentationOptions> m_savedPresentationOptions;
+
+    // The views go before the window whose content they are, and the web view before both
+    // delegates' owner.
+    std::unique_ptr<KioskWindow> m_window;
+    std::unique_ptr<KioskWebView> m_webView;
+    std::unique_ptr<View> m_notchBar;
+    std::unique_ptr<View> m_offlineHost;
+    std::unique_ptr<View> m_holdHost;
+    std::unique_ptr<View> m_navBar;
+    std::unique_ptr<View> m_promptHost;
+    std::vector<CoverWindow> m_coverWindows;
+
+    Handle m_keyMonitor;
+    Handle m_screensSubscription;
+    Lifetime m_lifetime;
+};
+
+} // namespace quillox

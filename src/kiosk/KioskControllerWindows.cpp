@@ -1,0 +1,151 @@
+// The windows of a run: what they hold, and how they follow the displays.
+
+#include "kiosk/Displays.h"
+#include "kiosk/KioskController.h"
+#include "ports/FileSystem.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace quillox {
+
+namespace {
+
+    /// The page reaches this far below the screen, so that no line of window background shows
+    /// there.
+    constexpr double overhang = 1;
+
+    constexpr Autoresizing fill { .width = true, .height = true };
+    constexpr Autoresizing topBand { .width = true, .bottomMargin = true };
+
+} // namespace
+
+std::optional<Screen> KioskController::chooseScreen() const
+{
+    if (const auto chosen = Displays::screen(m_machine.screens, m_settings.displayID))
+        return chosen;
+    if (const auto main = m_machine.screens.mainScreen())
+        return main;
+    const auto all = m_machine.screens.list();
+    return all.empty() ? std::nullopt : std::optional(all.front());
+}
+
+WebViewConfiguration KioskController::webViewConfiguration() const
+{
+    WebViewConfiguration configuration;
+    if (m_settings.isLocalSource() && m_collaborators.localSites) {
+        if (const auto root = m_settings.localRootURL(m_machine.fileSystem))
+            m_collaborators.localSites->registerScheme(configuration, *root);
+    }
+    if (m_settings.scrollOnly)
+        configuration.userScripts.push_back(scrollOnlyScript());
+    return configuration;
+}
+
+void KioskController::buildWindow(const Url& startURL)
+{
+    m_webView
+        = std::make_unique<KioskWebView>(m_machine.webViews, webViewConfiguration(), *this, *this);
+    m_webView->load(startURL.text());
+    m_window = std::make_unique<KioskWindow>(m_machine.windows, m_screen);
+    auto container = m_machine.windows.makeContainer(m_screen.frame);
+    buildContent(*container);
+    m_window->setContentView(std::move(container));
+    m_window->makeKeyAndOrderFront();
+}
+
+void KioskController::buildContent(Container& container)
+{
+    const Rect everything { 0, 0, m_screen.frame.width, m_screen.frame.height };
+    auto& page = m_webView->view();
+    container.add(page, webViewFrame(), fill);
+    auto* aids = m_collaborators.navigationAids;
+    if (aids && topInset() > 0) {
+        m_notchBar = aids->makeNotchBar(m_settings, page);
+        container.add(*m_notchBar, notchBarFrame(), topBand);
+    }
+    if (auto* connectivity = m_collaborators.connectivity) {
+        m_offlineHost = connectivity->makeOfflineNotice();
+        container.add(*m_offlineHost, everything, fill);
+        if (!m_settings.isLocalSource())
+            connectivity->startNetworkMonitor(page);
+    }
+    if (auto* feedback = m_collaborators.holdFeedback) {
+        feedback->setProgress(0);
+        m_holdHost = feedback->makeIndicator();
+        container.add(*m_holdHost, everything, fill);
+    }
+    if (aids)
+        m_navBar
+            = aids->installNavBar(m_settings, container, page, topInset(), m_screen.safeAreaTop);
+}
+
+double KioskController::topInset() const
+{
+    return m_settings.avoidNotch ? m_screen.safeAreaTop : 0;
+}
+
+Rect KioskController::webViewFrame() const
+{
+    return { 0, -overhang, m_screen.frame.width, m_screen.frame.height - topInset() + overhang };
+}
+
+Rect KioskController::notchBarFrame() const
+{
+    return { 0, m_screen.frame.height - topInset(), m_screen.frame.width, topInset() };
+}
+
+void KioskController::installCoverWindows(const Screen& excluded)
+{
+    auto old = std::exchange(m_coverWindows, {});
+    if (!m_machine.windows.canCoverSeparateScreens())
+        return;
+    for (const auto& screen : m_machine.screens.list()) {
+        if (screen.displayNumber == excluded.displayNumber)
+            continue;
+        const auto present = std::ranges::find_if(old, [&](const CoverWindow& cover) {
+            return cover.window && cover.screen.displayNumber == screen.displayNumber;
+        });
+        if (present != old.end() && present->screen == screen) {
+            m_coverWindows.push_back(std::move(*present));
+            continue;
+        }
+        auto window = present != old.end() ? std::move(present->window)
+                                           : m_machine.windows.makeWindow(coverWindowSpec(screen));
+        window->setFrame(screen.displayNumber, screen.frame);
+        window->orderFrontRegardless();
+        m_coverWindows.push_back({ screen, std::move(window) });
+    }
+    for (const auto& cover : old) {
+        if (cover.window)
+            cover.window->orderOut();
+    }
+}
+
+void KioskController::removeCoverWindows()
+{
+    for (const auto& cover : m_coverWindows)
+        cover.window->orderOut();
+    m_coverWindows.clear();
+}
+
+void KioskController::handleScreensChanged()
+{
+    // With every output gone the windows stay as they are and wait for the next one.
+    const auto screen = chooseScreen();
+    if (!screen)
+        return;
+    if (*screen != m_screen) {
+        m_screen = *screen;
+        m_window->platformWindow().setFrame(m_screen.displayNumber, m_screen.frame);
+        if (auto* container = m_window->contentView()) {
+            container->move(m_webView->view(), webViewFrame());
+            if (m_notchBar)
+                container->move(*m_notchBar, notchBarFrame());
+        }
+    }
+    installCoverWindows(m_screen);
+    m_window->makeKeyAndOrderFront();
+}
+
+} // namespace quillox

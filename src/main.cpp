@@ -1,0 +1,170 @@
+// The composition root: the one place that knows both the machine and the application.
+
+#include "app/AppDelegate.h"
+#include "app/AppState.h"
+#include "app/CommandLine.h"
+#include "app/QuilloxApp.h"
+#include "kiosk/Displays.h"
+#include "kiosk/KioskController.h"
+#include "platform/linux/LinuxPlatform.h"
+#include "platform/linux/gtk/SetupWindowGtk.h"
+#include "platform/linux/system/DefaultsStoreFile.h"
+#include "platform/linux/system/Environment.h"
+#include "platform/linux/system/RunCommandLine.h"
+#include "platform/linux/system/RunningApplicationsSocket.h"
+#include "platform/linux/system/SystemLogStderr.h"
+#include "ui/AutoStartCountdownOverlay.h"
+#include "ui/SetupView.h"
+
+#include <csignal>
+#include <filesystem>
+#include <fmt/format.h>
+#include <glib-unix.h>
+#include <iostream>
+#include <unistd.h>
+
+namespace quillox {
+
+namespace {
+
+    /// The application on its machine, for as long as the main loop runs.
+    class Program {
+    public:
+        Program(Glib::RefPtr<Gtk::Application> gtk, RunningApplicationsSocket& instances,
+            SystemLog& log)
+            : m_instances(instances)
+            , m_defaults(defaultsPathsFromEnvironment(), log)
+            , m_platform(std::move(gtk), m_runLoop, log)
+            , m_controller({ m_platform.screens, m_platform.windows, m_platform.webEngine,
+                  m_platform.eventMonitors, m_platform.application, m_platform.fileSystem })
+            , m_state({ m_runLoop, m_defaults, m_platform.fileSystem, m_platform.accessibility,
+                          m_platform.dialogs, m_platform.workspace, m_platform.application },
+                  m_controller)
+            , m_delegate({ m_runLoop, m_platform.accessibility, instances, m_platform.application },
+                  m_state, QuilloxApp::bundleIdentifier)
+        {
+            KioskController::setShared(&m_controller);
+            AppState::setShared(&m_state);
+        }
+
+        ~Program()
+        {
+            m_instances.setOnActivate(nullptr);
+            AppState::setShared(nullptr);
+            KioskController::setShared(nullptr);
+        }
+
+        void launch()
+        {
+            if (m_delegate.applicationDidFinishLaunching())
+                openSetupWindow();
+        }
+
+        void terminate() { m_platform.application.terminate(); }
+        bool wantsRelaunch() const { return m_platform.workspace.wantsRelaunch(); }
+
+    private:
+        void openSetupWindow()
+        {
+            auto& application = m_platform.application;
+            m_setup = std::make_unique<SetupWindowGtk>(
+                m_setupView, m_countdown, QuilloxApp::windowTitle);
+            auto& window = m_setup->window();
+            m_platform.eventMonitors.attach(window);
+            m_platform.dialogs.setParent(&window);
+            m_platform.workspace.setParent(&window);
+            application.addWindow(window);
+            window.signal_close_request().connect(
+                [&application] {
+                    if (AppDelegate::applicationShouldTerminateAfterLastWindowClosed())
+                        application.terminate();
+                    return false;
+                },
+                false);
+            m_platform.placement->present(window);
+            m_instances.setOnActivate([&application](const std::string& token) {
+                application.activateAllWindows(token);
+            });
+        }
+
+        RunningApplicationsSocket& m_instances;
+        RunLoopGlib m_runLoop;
+        DefaultsStoreFile m_defaults;
+        LinuxPlatform m_platform;
+        KioskController m_controller;
+        AppState m_state;
+        AppDelegate m_delegate;
+        SetupView m_setupView { m_state };
+        AutoStartCountdownOverlay m_countdown { m_state };
+        std::unique_ptr<SetupWindowGtk> m_setup;
+    };
+
+    gboolean terminateOnSignal(gpointer program)
+    {
+        if (const auto& running = *static_cast<std::unique_ptr<Program>*>(program))
+            running->terminate();
+        return G_SOURCE_CONTINUE;
+    }
+
+    int runProgram(SystemLog& log, bool& wantsRelaunch)
+    {
+        const std::string identifier = QuilloxApp::bundleIdentifier;
+        RunningApplicationsSocket instances(
+            RunningApplicationsSocket::runtimeFolder(identifier), identifier, log);
+        // The lock above already makes sure that there is one copy, also without a session bus.
+        const auto gtk = Gtk::Application::create(identifier, Gio::Application::Flags::NON_UNIQUE);
+        std::unique_ptr<Program> program;
+        gtk->signal_activate().connect([&] {
+            program = std::make_unique<Program>(gtk, instances, log);
+            program->launch();
+        });
+        const auto terminated = g_unix_signal_add(SIGTERM, terminateOnSignal, &program);
+        const auto interrupted = g_unix_signal_add(SIGINT, terminateOnSignal, &program);
+        const int status = gtk->run();
+        g_source_remove(interrupted);
+        g_source_remove(terminated);
+        wantsRelaunch = program && program->wantsRelaunch();
+        return status;
+    }
+
+    int listDisplays()
+    {
+        RunLoopGlib runLoop;
+        for (const auto& display : Displays::list(ScreensGdk(runLoop)))
+            std::cout << fmt::format("{}\t{}\n", display.id, display.label);
+        return exitSuccess;
+    }
+
+} // namespace
+
+} // namespace quillox
+
+int main(int argc, char** argv)
+{
+    using namespace quillox;
+    const auto commandLine = CommandLine::parse({ argv + 1, argv + argc });
+    const bool needsDisplay = commandLine.kind == CommandLine::Kind::run
+        || commandLine.kind == CommandLine::Kind::displays;
+    if (!needsDisplay)
+        return runCommandLine(commandLine);
+
+    SystemLogStderr log;
+    // Taken now: an update may put another file in its place.
+    std::error_code error;
+    const auto executable = std::filesystem::read_symlink("/proc/self/exe", error);
+    prepareEnvironment(log);
+    if (!gtk_init_check()) {
+        log.write("Quillox: there is no display to open; set DISPLAY or WAYLAND_DISPLAY.");
+        return exitFailure;
+    }
+    if (commandLine.kind == CommandLine::Kind::displays)
+        return listDisplays();
+
+    bool wantsRelaunch = false;
+    const int status = runProgram(log, wantsRelaunch);
+    if (wantsRelaunch) {
+        execv(executable.c_str(), argv);
+        log.write(fmt::format("Quillox: could not start '{}' again.", executable.string()));
+    }
+    return status;
+}

@@ -1,0 +1,117 @@
+#include "platform/linux/gtk/ApplicationGtk.h"
+
+#include <algorithm>
+#include <gdk/wayland/gdkwayland.h>
+
+namespace quillox {
+
+ApplicationGtk::ApplicationGtk(
+    Glib::RefPtr<Gtk::Application> application, WindowPlacement& placement, SystemLog& log)
+    : m_application(std::move(application))
+    , m_placement(placement)
+    , m_sessionInhibitor("shutdown:sleep", "Quillox kiosk is sealed", log)
+{
+    m_application->hold();
+}
+
+ApplicationGtk::~ApplicationGtk()
+{
+    inhibitSessionEnd(false);
+    m_application->release();
+}
+
+void ApplicationGtk::setPresentationOptions(PresentationOptions options)
+{
+    m_options = options;
+    inhibitSessionEnd(contains(options, PresentationOptions::DisableSessionTermination));
+    for (auto* window : m_sealedWindows)
+        inhibitShortcuts(*window, contains(options, PresentationOptions::DisableProcessSwitching));
+}
+
+void ApplicationGtk::inhibitShortcuts(Gtk::Window& window, bool inhibit)
+{
+    auto* surface = gtk_native_get_surface(GTK_NATIVE(window.gobj()));
+    if (!surface || !GDK_IS_WAYLAND_DISPLAY(gdk_surface_get_display(surface)))
+        return;
+    if (inhibit)
+        gdk_toplevel_inhibit_system_shortcuts(GDK_TOPLEVEL(surface), nullptr);
+    else
+        gdk_toplevel_restore_system_shortcuts(GDK_TOPLEVEL(surface));
+}
+
+void ApplicationGtk::inhibitSessionEnd(bool inhibit)
+{
+    m_sessionInhibitor.setEngaged(inhibit);
+    if (inhibit && m_sessionCookie == 0) {
+        constexpr auto what = GTK_APPLICATION_INHIBIT_LOGOUT | GTK_APPLICATION_INHIBIT_SWITCH
+            | GTK_APPLICATION_INHIBIT_SUSPEND;
+        m_sessionCookie = gtk_application_inhibit(m_application->gobj(), nullptr,
+            static_cast<GtkApplicationInhibitFlags>(what), "Quillox kiosk is sealed");
+    } else if (!inhibit && m_sessionCookie != 0) {
+        gtk_application_uninhibit(m_application->gobj(), std::exchange(m_sessionCookie, 0));
+    }
+}
+
+void ApplicationGtk::activate(bool)
+{
+    // What is key takes the keyboard as it is ordered front; there is no further notion of an
+    // active application.
+    for (auto* window : m_sealedWindows) {
+        if (window->get_visible() && window->get_focusable())
+            m_placement.takeKeyboard(*window);
+    }
+}
+
+void ApplicationGtk::bringVisibleWindowsForward()
+{
+    for (auto* window : m_windows) {
+        if (window->get_visible())
+            m_placement.present(*window);
+    }
+}
+
+void ApplicationGtk::activateAllWindows(const std::string& token)
+{
+    if (!m_sealedWindows.empty())
+        return;
+    for (auto* window : m_windows) {
+        if (!token.empty())
+            gtk_window_set_startup_id(window->gobj(), token.c_str());
+        m_placement.present(*window);
+    }
+}
+
+void ApplicationGtk::endTextEditing()
+{
+    for (auto* window : m_windows) {
+        if (window->is_active())
+            gtk_window_set_focus(window->gobj(), nullptr);
+    }
+}
+
+void ApplicationGtk::terminate()
+{
+    m_application->quit();
+}
+
+void ApplicationGtk::addWindow(Gtk::Window& window)
+{
+    m_windows.push_back(&window);
+    window.signal_close_request().connect(
+        [this] { return contains(m_options, PresentationOptions::DisableForceQuit); }, false);
+}
+
+void ApplicationGtk::addSealedWindow(Gtk::Window& window)
+{
+    m_sealedWindows.push_back(&window);
+    window.signal_map().connect([this, &window] {
+        inhibitShortcuts(window, contains(m_options, PresentationOptions::DisableProcessSwitching));
+    });
+}
+
+void ApplicationGtk::removeSealedWindow(Gtk::Window& window)
+{
+    std::erase(m_sealedWindows, &window);
+}
+
+} // namespace quillox

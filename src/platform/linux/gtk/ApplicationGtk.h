@@ -1,0 +1,51 @@
+#pragma once
+
+#include "platform/linux/gtk/WindowPlacement.h"
+#include "platform/linux/system/SessionInhibitor.h"
+#include "ports/Application.h"
+
+#include <gtkmm/application.h>
+#include <gtkmm/window.h>
+#include <vector>
+
+namespace quillox {
+
+/// This application among the windows of the session. It lives without a window of its own for as
+/// long as its main loop runs.
+class ApplicationGtk final : public Application {
+public:
+    ApplicationGtk(Glib::RefPtr<Gtk::Application>, WindowPlacement&, SystemLog&);
+    ~ApplicationGtk() override;
+
+    PresentationOptions presentationOptions() const override { return m_options; }
+    void setPresentationOptions(PresentationOptions) override;
+    void activate(bool ignoringOthers) override;
+    void bringVisibleWindowsForward() override;
+    void endTextEditing() override;
+    void terminate() override;
+
+    /// A window of the setup; its closing is refused while the options say so.
+    void addWindow(Gtk::Window&);
+
+    /// A window of a run; while there is one, the setup's windows are not brought before it.
+    void addSealedWindow(Gtk::Window&);
+    void removeSealedWindow(Gtk::Window&);
+
+    /// Brings the setup's windows to the front, with a token of the launcher that asked for it; it
+    /// may be empty. During a run nothing changes.
+    void activateAllWindows(const std::string& token);
+
+private:
+    void inhibitShortcuts(Gtk::Window&, bool inhibit);
+    void inhibitSessionEnd(bool inhibit);
+
+    Glib::RefPtr<Gtk::Application> m_application;
+    WindowPlacement& m_placement;
+    SessionInhibitor m_sessionInhibitor;
+    guint m_sessionCookie = 0;
+    PresentationOptions m_options = PresentationOptions::Default;
+    std::vector<Gtk::Window*> m_windows;
+    std::vector<Gtk::Window*> m_sealedWindows;
+};
+
+} // namespace quillox

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "ports/EventMonitors.h"
+
+#include <deque>
+#include <gtkmm/window.h>
+#include <map>
+#include <memory>
+#include <set>
+
+namespace quillox {
+
+/// Watches every window that is attached to it, ahead of all widgets in it. The release of a key
+/// whose press was swallowed is swallowed too, so that pages see presses and releases in pairs.
+class EventMonitorsGtk final : public EventMonitors {
+public:
+    /// Until the window is destroyed.
+    void attach(Gtk::Window&);
+
+    Handle addLocalMonitor(EventMask, Handler) override;
+
+private:
+    struct Monitor {
+        EventMask mask;
+        Handler handler;
+    };
+
+    struct EventUnref {
+        void operator()(GdkEvent* event) const { gdk_event_unref(event); }
+    };
+
+    /// A key event that was judged; holding it keeps its address from being used again.
+    struct Judged {
+        std::unique_ptr<GdkEvent, EventUnref> event;
+        bool wasSwallowed;
+    };
+
+    bool handle(GdkEvent*);
+    bool handleKey(GdkEvent*, bool isPress);
+    Verdict ask(const Event&);
+    void forgetKeys();
+
+    using Monitors = std::map<unsigned, std::shared_ptr<const Monitor>>;
+    std::shared_ptr<Monitors> m_monitors = std::make_shared<Monitors>();
+    unsigned m_nextId = 0;
+    std::set<unsigned> m_downKeys; ///< Hardware keycodes.
+    std::set<unsigned> m_swallowedKeys; ///< Those whose release the windows must not see either.
+    std::set<unsigned>
+        m_commandKeys; ///< The Super keys that are down; the event state may not tell.
+    /// The last few: the engine sends keys that it did not want through the window a second time,
+    /// some events later.
+    std::deque<Judged> m_judged;
+};
+
+} // namespace quillox

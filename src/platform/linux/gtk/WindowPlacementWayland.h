@@ -1,0 +1,32 @@
+#pragma once
+
+#include "platform/linux/gtk/WindowPlacement.h"
+
+namespace quillox {
+
+/// Full screen on one output, as the compositor does it.
+class WindowPlacementWayland final : public WindowPlacement {
+public:
+    explicit WindowPlacementWayland(ScreensGdk& screens)
+        : m_screens(screens)
+    {
+    }
+
+    void prepare(Gtk::Window&) override { }
+    void cover(Gtk::Window&, std::uint32_t displayNumber, const Rect& frame) override;
+    void takeKeyboard(Gtk::Window&) override;
+    void present(Gtk::Window&) override;
+    bool canCoverSeparateScreens() const override;
+
+private:
+    ScreensGdk& m_screens;
+};
+
+/// Whether the compositor shows one window at a time over everything, and so has no shortcuts of
+/// its own to leave it by.
+bool isSingleWindowCompositor();
+
+/// Whether the compositor lets a window switch its shortcuts off.
+bool hasShortcutsInhibitor();
+
+} // namespace quillox

@@ -1,0 +1,70 @@
+#include "platform/linux/webkit/WebViewSignals.h"
+
+namespace quillox {
+
+namespace {
+
+    gboolean answerScriptDialog(WebKitWebView*, WebKitScriptDialog* dialog, gpointer)
+    {
+        if (webkit_script_dialog_get_dialog_type(dialog)
+            == WEBKIT_SCRIPT_DIALOG_BEFORE_UNLOAD_CONFIRM)
+            webkit_script_dialog_confirm_set_confirmed(dialog, TRUE);
+        return TRUE;
+    }
+
+    gboolean cancelFileChooser(WebKitWebView*, WebKitFileChooserRequest* request, gpointer)
+    {
+        webkit_file_chooser_request_cancel(request);
+        return TRUE;
+    }
+
+    gboolean cancelColorChooser(WebKitWebView*, WebKitColorChooserRequest* request, gpointer)
+    {
+        webkit_color_chooser_request_cancel(request);
+        return TRUE;
+    }
+
+    gboolean denyPermission(WebKitWebView*, WebKitPermissionRequest* request, gpointer)
+    {
+        webkit_permission_request_deny(request);
+        return TRUE;
+    }
+
+    gboolean withholdCredential(WebKitWebView*, WebKitAuthenticationRequest* request, gpointer)
+    {
+        webkit_authentication_request_authenticate(request, nullptr);
+        return TRUE;
+    }
+
+    gboolean showNothing(WebKitWebView*, gpointer, gpointer)
+    {
+        return TRUE;
+    }
+
+    GtkWidget* openNoWindow(WebKitWebView*, WebKitNavigationAction*, gpointer)
+    {
+        return nullptr;
+    }
+
+    void removeTooltip(GtkWidget* view, GParamSpec*, gpointer)
+    {
+        if (gtk_widget_get_has_tooltip(view))
+            gtk_widget_set_has_tooltip(view, FALSE);
+    }
+
+} // namespace
+
+void refuseEverythingElse(WebKitWebView* view)
+{
+    g_signal_connect(view, "script-dialog", G_CALLBACK(answerScriptDialog), nullptr);
+    g_signal_connect(view, "run-file-chooser", G_CALLBACK(cancelFileChooser), nullptr);
+    g_signal_connect(view, "run-color-chooser", G_CALLBACK(cancelColorChooser), nullptr);
+    g_signal_connect(view, "permission-request", G_CALLBACK(denyPermission), nullptr);
+    g_signal_connect(view, "authenticate", G_CALLBACK(withholdCredential), nullptr);
+    g_signal_connect(view, "print", G_CALLBACK(showNothing), nullptr);
+    g_signal_connect(view, "show-notification", G_CALLBACK(showNothing), nullptr);
+    g_signal_connect(view, "create", G_CALLBACK(openNoWindow), nullptr);
+    g_signal_connect(view, "notify::has-tooltip", G_CALLBACK(removeTooltip), nullptr);
+}
+
+} // namespace quillox

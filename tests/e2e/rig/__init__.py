@@ -1,0 +1,1 @@
+"""Private displays, homes and pages for the tests that drive the real program."""

@@ -1,0 +1,147 @@
+"""A display, a home, a page and the program together: what one test works with."""
+
+import contextlib
+import json
+import os
+import re
+import subprocess
+import tempfile
+from pathlib import Path
+
+import pytest
+from PIL import Image
+
+from . import wayland, x11
+from .home import Home, needs
+from .processes import descendants
+from .site import Site, page_picture
+from .waiting import wait_for
+
+X11_DISPLAYS = {
+    "no window manager": x11.X11,
+    "openbox": lambda home: x11.X11(home, manager=("openbox",)),
+    "xfwm4": lambda home: x11.X11(home, manager=(
+        "dbus-run-session", "--", "xfwm4", "--compositor=off")),
+    "three outputs": x11.three_outputs,
+}
+WAYLAND_DISPLAYS = {
+    "sway": wayland.Sway,
+    "sway, two outputs": lambda home: wayland.Sway(home, outputs=2),
+    "sway, headless": lambda home: wayland.Sway(home, nested=False),
+    "cage": wayland.Cage,
+}
+SUPPRESSIONS = Path(__file__).parent.parent / "lsan.supp"
+SEAL_KEYS, UNSEAL_KEYS = "alt+s", "super+shift+s"
+
+
+class Bed:
+    def __init__(self, kind):
+        self.binary = os.environ.get("QUILLOX_BINARY") or pytest.skip("QUILLOX_BINARY is not set")
+        self.site = Site()
+        self.home = Home()
+        self.home.environment.update(
+            GDK_DEBUG="gl-disable",
+            ASAN_OPTIONS="detect_leaks=1", UBSAN_OPTIONS="halt_on_error=1:print_stacktrace=1",
+            LSAN_OPTIONS=f"suppressions={SUPPRESSIONS}:print_suppressions=0")
+        self.defaults = self.home.subfolder("config_home/Quillox") / "defaults.json"
+        self.settings(url=self.site.url, autoStartKiosk=True, displayID=0)
+        self.process = None
+        self.display = None
+        try:
+            self.display = {**X11_DISPLAYS, **WAYLAND_DISPLAYS}[kind](self.home)
+        except BaseException:
+            self.end()
+            raise
+
+    def settings(self, **settings):
+        self.defaults.write_text(json.dumps({"hasOnboarded": True, "kioskSettings": settings}))
+
+    def start(self, **options):
+        """Starts one more copy of the program; the first is `process`."""
+        command = (*self.display.launcher, self.binary)
+        process = self.home.start(*command, log="quillox", **{
+            **options, "environment": {**self.display.environment, **options.get("environment", {})}})
+        self.process = self.process or process
+        self.display.started()
+        return process
+
+    def run(self, *arguments):
+        """What the program prints for a command."""
+        return subprocess.run([self.binary, *arguments], check=True, capture_output=True, text=True, timeout=60,
+                              env={**self.home.environment, **self.display.environment}).stdout
+
+    def choose(self, output):
+        """Chooses the kiosk's display as an operator does on the command line."""
+        listing = self.run("displays")
+        number = re.search(rf"^(\d+)\t.*\b{output}\b", listing, re.M)
+        assert number, f"no {output} in: {listing}"
+        self.run("config", "set", "displayID", number[1])
+
+    @property
+    def log(self):
+        return (self.home.logs / "quillox").read_text(errors="replace")
+
+    def shows_page(self, output):
+        picture = self.display.picture(output)
+        return picture == page_picture(picture.size)
+
+    def is_black(self, output):
+        picture = self.display.picture(output)
+        return picture == Image.new("RGB", picture.size)
+
+    def wait_sealed(self, output=None):
+        """Until `output` shows the page edge to edge, and nothing else is visible on the others."""
+        def sealed():
+            outputs = self.display.outputs()
+            kiosk = output or next(iter(outputs))
+            return kiosk in outputs and self.shows_page(kiosk) and all(
+                self.is_black(other) for other in outputs if other != kiosk)
+        wait_for(f"page on {output or 'the screen'}, black elsewhere", sealed)
+        assert self.process.poll() is None
+
+    def seal(self):
+        self.display.focus_setup()
+        self.display.press(SEAL_KEYS)
+        self.wait_sealed()
+
+    def unseal(self):
+        self.display.press(UNSEAL_KEYS)
+        self.wait_unsealed()
+
+    def wait_unsealed(self):
+        wait_for("setup window", self.display.setup_window)
+        assert not any(self.shows_page(output) for output in self.display.outputs())
+
+    def close(self):
+        """Closes the setup window; the program ends by itself, without complaints of a sanitizer."""
+        self.display.close_setup()
+        assert self.process.wait(timeout=30) == 0, self.log
+        assert "Sanitizer" not in self.log and "runtime error" not in self.log, self.log
+
+    def session_bus(self):
+        """Starts a session bus for this home; returns its address."""
+        needs("dbus-daemon")
+        bus = self.home.start("dbus-daemon", "--session", "--nofork", "--print-address",
+                              stdout=subprocess.PIPE, text=True)
+        return bus.stdout.readline().strip()
+
+    def save_evidence(self):
+        """Copies pictures and logs to where they outlive the test."""
+        root = os.environ.get("QUILLOX_E2E_ARTIFACTS") or tempfile.gettempdir()
+        os.makedirs(root, exist_ok=True)
+        folder = Path(tempfile.mkdtemp(prefix="quillox-e2e-evidence-", dir=root))
+        for log in self.home.logs.iterdir():
+            (folder / log.name).write_bytes(log.read_bytes())
+        for output in self.display.outputs():
+            with contextlib.suppress(OSError, subprocess.SubprocessError):
+                self.display.picture(output).save(folder / f"{output}.png")
+        return folder
+
+    def children(self):
+        return descendants(self.process.pid)
+
+    def end(self):
+        if self.display:
+            self.display.end()
+        self.home.end()
+        self.site.end()

@@ -1,0 +1,190 @@
+"""X servers with and without a window manager: windows, pictures, keys, outputs."""
+
+import os
+import re
+import subprocess
+
+from PIL import ImageGrab
+from Xlib import X, error
+from Xlib.display import Display
+from Xlib.protocol.event import ClientMessage
+
+from .home import needs
+from .waiting import wait_for
+
+BACKGROUND = 0x305070  # Neither black nor a colour of the page: what no window covers shows.
+FIRST_DISPLAY = int(os.environ.get("QUILLOX_E2E_FIRST_DISPLAY", "70"))
+DUMMY_CONFIGURATION = """
+Section "Device"
+  Identifier "card"
+  Driver "dummy"
+  VideoRam 65536
+EndSection
+Section "Monitor"
+  Identifier "monitor"
+  HorizSync 5-1000
+  VertRefresh 5-200
+EndSection
+Section "Screen"
+  Identifier "screen"
+  Device "card"
+  Monitor "monitor"
+  DefaultDepth 24
+  SubSection "Display"
+    Depth 24
+    Modes "1024x768"
+    Virtual 4096 2048
+  EndSubSection
+EndSection
+Section "ServerFlags"
+  Option "AutoAddDevices" "false"
+  Option "AutoAddGPU" "false"
+EndSection
+"""
+
+
+class X11:
+    """One X server; `manager` is the command line of its window manager, if it has one."""
+
+    launcher = ()
+
+    def __init__(self, home, server=("Xvfb", "-screen", "0", "1024x768x24"), manager=()):
+        needs(server[0], "xdotool", "xrandr", *manager[:1])
+        self._home = home
+        self.environment = {"DISPLAY": self._start_server(server), "GDK_BACKEND": "x11"}
+        self._display = Display(self.environment["DISPLAY"])
+        self._root = self._display.screen().root
+        self._root.change_attributes(background_pixel=BACKGROUND)
+        self._root.clear_area()
+        for name in ("WM_PROTOCOLS", "WM_DELETE_WINDOW", "_NET_WM_NAME", "UTF8_STRING"):
+            self._display.intern_atom(name)  # A nested compositor names its windows only if these exist.
+        self._display.sync()
+        if manager:
+            home.start(*manager, environment=self.environment)
+            wait_for("window manager", lambda: self._property(
+                self._root, "_NET_SUPPORTING_WM_CHECK"))
+        self._managed = bool(manager)
+
+    def _start_server(self, command):
+        for number in range(FIRST_DISPLAY, FIRST_DISPLAY + 20):
+            reading, writing = os.pipe()
+            self._home.start(command[0], f":{number}", *command[1:], "-noreset", "-ac", "-nolisten", "tcp",
+                             "-displayfd", writing, pass_fds=[writing])
+            os.close(writing)
+            with os.fdopen(reading) as announcement:
+                if announcement.read().strip():  # Empty when the number was taken.
+                    return f":{number}"
+        raise AssertionError(f"no X server started, see {self._home.logs}")
+
+    def run(self, *command):
+        return subprocess.run(command, env={**self._home.environment, **self.environment}, check=True,
+                              capture_output=True, text=True, timeout=30).stdout
+
+    def outputs(self):
+        """The active outputs as name and rectangle (x, y, width, height)."""
+        rows = re.findall(r"^ *\d+: \S+ (\d+)/\d+x(\d+)/\d+\+(\d+)\+(\d+)  (\S+)$",
+                          self.run("xrandr", "--listactivemonitors"), re.M)
+        return {row[4]: (int(row[2]), int(row[3]), int(row[0]), int(row[1])) for row in rows}
+
+    def picture(self, output):
+        x, y, width, height = self.outputs()[output]
+        return ImageGrab.grab(xdisplay=self.environment["DISPLAY"]).crop((x, y, x + width, y + height))
+
+    def plug(self, output, mode, position, *options):
+        """Connects an output that shows `mode`, or changes one; repeats are harmless."""
+        subprocess.run(["xrandr", "--addmode", output, mode], capture_output=True, check=False,
+                       env={**self._home.environment, **self.environment}, timeout=30)
+        self.run("xrandr", "--output", output, "--mode", mode, "--pos", position, *options)
+        self.run("xrandr", "--query")  # Has the server probe its outputs, and so find it connected.
+
+    def unplug(self, *outputs):
+        self.run("xrandr", *(word for output in outputs for word in ("--output", output, "--off")))
+
+    def windows(self):
+        """The visible top-level windows, frames of a window manager included."""
+        return {window.id for window in self._root.query_tree().children if self._is_visible(window)}
+
+    def all_windows(self):
+        return [window.id for window in self._root.query_tree().children]
+
+    def setup_window(self):
+        """The program's visible setup window, None without one."""
+        pending = list(self._root.query_tree().children)
+        while pending:
+            window = pending.pop()
+            if self._is_visible(window) and self._name(window) == b"Quillox":
+                return window
+            pending += self._children(window)
+        return None
+
+    def focus_setup(self):
+        window = wait_for("setup window", self.setup_window)
+        self.run("xdotool", "windowactivate" if self._managed else "windowfocus", "--sync", str(window.id))
+
+    def minimise_setup(self):
+        self.run("xdotool", "windowminimize", "--sync", str(self.setup_window().id))
+        wait_for("minimised setup window", lambda: not self.setup_window())
+
+    def close_setup(self):
+        self.close(self.setup_window())
+
+    def close(self, window):
+        """Asks the window's owner to close it, as a window manager does."""
+        atom = self._display.intern_atom
+        data = (32, [atom("WM_DELETE_WINDOW"), X.CurrentTime, 0, 0, 0])
+        window.send_event(ClientMessage(window=window, client_type=atom("WM_PROTOCOLS"), data=data))
+        self._display.flush()
+
+    def named(self, name):
+        return [w for w in self._root.query_tree().children if self._name(w) == name.encode()]
+
+    def press(self, keys):
+        self.run("xdotool", "key", "--clearmodifiers", keys)
+
+    def open_bystander(self):
+        """Another program's window, which the kiosk must leave as it was."""
+        needs("xmessage")
+        before = self.windows()
+        self._home.start("xmessage", "-geometry", "300x200+600+400", "bystander", environment=self.environment)
+        wait_for("bystander", lambda: self.windows() > before)
+
+    def started(self):
+        """Nothing is left to do once the program runs."""
+
+    def end(self):
+        self._display.close()
+
+    def _name(self, window):
+        return self._property(window, "_NET_WM_NAME") or self._property(window, "WM_NAME")
+
+    def _property(self, window, name):
+        try:
+            value = window.get_full_property(self._display.intern_atom(name), X.AnyPropertyType)
+        except error.XError:
+            return None
+        return value.value if value else None
+
+    def _is_visible(self, window):
+        try:
+            attributes = window.get_attributes()
+            return attributes.map_state == X.IsViewable and attributes.win_class == X.InputOutput
+        except error.XError:
+            return False
+
+    def _children(self, window):
+        try:
+            return window.query_tree().children
+        except error.XError:
+            return []
+
+
+def three_outputs(home):
+    """A server whose outputs can be plugged, unplugged and resized."""
+    configuration = home.folder / "xorg.conf"
+    configuration.write_text(DUMMY_CONFIGURATION)
+    server = X11(home, ("Xorg", "-config", configuration, "-novtswitch", "-sharevts", "-logfile",
+                        home.logs / "Xorg.log"), ("openbox",))
+    server.plug("DUMMY0", "1024x768", "0x0", "--primary")
+    server.plug("DUMMY2", "1280x720", "1024x0")
+    server.plug("DUMMY1", "800x600", "2304x0")
+    return server

@@ -1,0 +1,28 @@
+"""Sealing and unsealing on one screen."""
+
+import pytest
+
+
+@pytest.mark.on("openbox", "xfwm4", "no window manager", "sway")
+def test_seals_by_itself_and_gives_the_desktop_back(bed):
+    bed.display.open_bystander()
+    windows = bed.display.windows()
+    output, = bed.display.outputs()
+    picture = bed.display.picture(output)
+
+    bed.start()
+    bed.wait_sealed()
+    bed.unseal()
+    assert windows <= bed.display.windows()
+    bed.seal()
+    bed.unseal()
+    bed.close()
+
+    assert bed.display.windows() == windows
+    assert bed.display.picture(output) == picture
+
+
+@pytest.mark.on("sway, headless")
+def test_seals_by_itself(bed):
+    bed.start()
+    bed.wait_sealed()
