@@ -16,10 +16,10 @@ from process_tree import adopt_orphans
 
 WIDTH, HEIGHT = 1920, 1080
 MARKER = (255, 0, 200)
-# One marker belongs to the document, the other is a picture of its own: the page counts as painted
-# when both are on the screen.
-MARKER_POINTS = ((32, HEIGHT - 32), (96, HEIGHT - 32))
-MARKER_STYLE = "position:fixed;z-index:9;bottom:0;width:64px;height:64px"
+# Two markers belong to the document, in opposite corners so that the page fills the screen; the third
+# is a picture of its own. The page counts as painted when all are on the screen.
+MARKER_POINTS = ((32, HEIGHT - 32), (WIDTH - 32, 32), (96, HEIGHT - 32))
+MARKER_STYLE = "position:fixed;z-index:9;width:64px;height:64px"
 MARKER_PICTURE = (f'<svg xmlns="http://www.w3.org/2000/svg" width="64" height="64">'
                   f'<rect width="64" height="64" fill="rgb{MARKER}"/></svg>')
 TYPES = {".html": "text/html; charset=utf-8", ".css": "text/css", ".svg": "image/svg+xml",
@@ -27,8 +27,9 @@ TYPES = {".html": "text/html; charset=utf-8", ".css": "text/css", ".svg": "image
 
 
 def marked(page: str) -> str:
-    markers = (f'<i style="{MARKER_STYLE};left:0;background:rgb{MARKER}"></i>'
-               f'<img src="/marker.svg" style="{MARKER_STYLE};left:64px">')
+    markers = (f'<i style="{MARKER_STYLE};left:0;bottom:0;background:rgb{MARKER}"></i>'
+               f'<i style="{MARKER_STYLE};right:0;top:0;background:rgb{MARKER}"></i>'
+               f'<img src="/marker.svg" style="{MARKER_STYLE};left:64px;bottom:0">')
     return page.replace("</body>", markers + "</body>")
 
 

@@ -49,6 +49,8 @@ namespace {
 
         ~Program()
         {
+            // While every window that it brings forward is still there.
+            m_controller.stop();
             m_instances.setOnActivate(nullptr);
             AppState::setShared(nullptr);
             KioskController::setShared(nullptr);
@@ -152,7 +154,7 @@ int main(int argc, char** argv)
     // Taken now: an update may put another file in its place.
     std::error_code error;
     const auto executable = std::filesystem::read_symlink("/proc/self/exe", error);
-    prepareEnvironment(log);
+    const auto graphics = prepareEnvironment();
     if (!gtk_init_check()) {
         log.write("Quillox: there is no display to open; set DISPLAY or WAYLAND_DISPLAY.");
         return exitFailure;
@@ -160,6 +162,7 @@ int main(int argc, char** argv)
     if (commandLine.kind == CommandLine::Kind::displays)
         return listDisplays();
 
+    log.write(graphics);
     bool wantsRelaunch = false;
     const int status = runProgram(log, wantsRelaunch);
     if (wantsRelaunch) {

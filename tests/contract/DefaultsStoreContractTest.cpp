@@ -238,8 +238,8 @@ namespace {
 
     TEST_F(DefaultsStoreFileTest, AKillAtAnyMomentLeavesTheOldOrTheNewRecordWhole)
     {
-        const KioskSettings records[2] { { .exitPassword = std::string(6'000, 'a') },
-            { .allowedDomains = { "b" }, .exitPassword = std::string(9'000, 'b') } };
+        const KioskSettings records[2] { { .exitPassword = std::string(1'500, 'a') },
+            { .allowedDomains = { "b" }, .exitPassword = std::string(2'500, 'b') } };
         std::minstd_rand random(20);
         unsigned saves = 0;
         unsigned kills = 0;
@@ -252,7 +252,7 @@ namespace {
                 saveForever(paths(), records, ends[1]);
             ::close(ends[1]);
             char bytes[64];
-            for (unsigned left = 1 + random() % 12; left > 0; --left, ++saves) {
+            for (unsigned left = 1 + random() % 30; left > 0; --left, ++saves) {
                 pollfd readable { ends[0], POLLIN, 0 };
                 ASSERT_EQ(::poll(&readable, 1, 10'000), 1);
                 ASSERT_EQ(::read(ends[0], bytes, 1), 1);

@@ -13,7 +13,6 @@ from PIL import Image
 
 from . import wayland, x11
 from .home import Home, needs
-from .processes import descendants
 from .site import Site, page_picture
 from .waiting import wait_for
 
@@ -136,9 +135,6 @@ class Bed:
             with contextlib.suppress(OSError, subprocess.SubprocessError):
                 self.display.picture(output).save(folder / f"{output}.png")
         return folder
-
-    def children(self):
-        return descendants(self.process.pid)
 
     def end(self):
         if self.display:

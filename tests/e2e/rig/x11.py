@@ -121,6 +121,12 @@ class X11:
         window = wait_for("setup window", self.setup_window)
         self.run("xdotool", "windowactivate" if self._managed else "windowfocus", "--sync", str(window.id))
 
+    def picture_of_setup(self):
+        window = self.setup_window()
+        size = window.get_geometry()
+        data = window.get_image(0, 0, size.width, size.height, X.ZPixmap, 0xFFFFFFFF).data
+        return bytes(data)
+
     def minimise_setup(self):
         self.run("xdotool", "windowminimize", "--sync", str(self.setup_window().id))
         wait_for("minimised setup window", lambda: not self.setup_window())

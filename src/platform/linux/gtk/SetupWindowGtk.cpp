@@ -103,6 +103,8 @@ void SetupWindowGtk::refresh()
     seal.set_sensitive(m_view.canSeal());
 
     const bool isCounting = m_countdown.isShown();
+    if (isCounting || !m_view.isEnabled())
+        m_window.unset_focus(); // An entry must lose the keyboard before it goes dim.
     get<Gtk::Widget>("setup").set_sensitive(m_view.isEnabled() && !isCounting);
     auto& overlay = get<Gtk::Widget>("countdown");
     const bool wasCounting = overlay.get_visible();

@@ -1,7 +1,5 @@
 #include "platform/linux/system/Environment.h"
 
-#include "ports/SystemLog.h"
-
 #include <array>
 #include <cstdlib>
 #include <fmt/format.h>
@@ -15,7 +13,7 @@ namespace quillox {
 namespace {
 
     constexpr std::array backDoors { "GTK_DEBUG", "GDK_DEBUG", "GTK_MODULES", "GTK_PATH",
-        "GTK_EXE_PREFIX", "GTK_DATA_PREFIX", "GSK_DEBUG", "WEBKIT_INSPECTOR_SERVER",
+        "GTK_EXE_PREFIX", "GTK_DATA_PREFIX", "GSK_DEBUG", "GSK_RENDERER", "WEBKIT_INSPECTOR_SERVER",
         "WEBKIT_INSPECTOR_HTTP_SERVER", "WEBKIT_DISABLE_SANDBOX_THIS_IS_DANGEROUS",
         "WEBKIT_WEB_PROCESS_EXTENSIONS_PATH", "G_MESSAGES_DEBUG" };
 
@@ -32,28 +30,34 @@ namespace {
         return isUsable;
     }
 
-    bool wantsOpenGL(SystemLog& log)
+    struct Graphics {
+        bool usesOpenGL;
+        std::string reason;
+    };
+
+    Graphics decideGraphics()
     {
         const auto* configured = std::getenv("QUILLOX_GL");
         const std::string_view choice = configured ? configured : "";
-        if (choice == "on" || choice == "off") {
-            log.write(fmt::format("Quillox: OpenGL is {}, as QUILLOX_GL says.", choice));
-            return choice == "on";
-        }
-        const bool hasCard = hasGraphicsCard();
-        log.write(hasCard ? "Quillox: OpenGL is on; there is a graphics card."
-                          : "Quillox: OpenGL is off; no graphics card can be used.");
-        return hasCard;
+        if (choice == "on" || choice == "off")
+            return { choice == "on", fmt::format("QUILLOX_GL says {}", choice) };
+        if (hasGraphicsCard())
+            return { true, "there is a graphics card" };
+        return { false, "no graphics card can be used" };
     }
 
 } // namespace
 
-void prepareEnvironment(SystemLog& log)
+std::string prepareEnvironment()
 {
     for (const auto* name : backDoors)
         unsetenv(name);
-    if (!wantsOpenGL(log))
+    const auto [usesOpenGL, reason] = decideGraphics();
+    if (!usesOpenGL) {
         setenv("GDK_DEBUG", "gl-disable", 1);
+        setenv("GSK_RENDERER", "cairo", 1);
+    }
+    return fmt::format("Quillox: OpenGL is {}; {}.", usesOpenGL ? "on" : "off", reason);
 }
 
 } // namespace quillox

@@ -1,0 +1,261 @@
+#include "app/AppState.h"
+#include "app/AppDelegate.h"
+#include "app/QuilloxApp.h"
+#include "core/SealedMachine.h"
+#include "ui/AutoStartCountdownOverlay.h"
+#include "ui/SetupView.h"
+
+#include <gtest/gtest.h>
+
+namespace quillox {
+
+namespace {
+
+    using namespace std::chrono_literals;
+    using Countdown = std::optional<int>;
+    constexpr auto accessibilitySettings
+        = "x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility";
+
+    class AppStateTest : public testing::Test, protected SealedMachine {
+    protected:
+        AppState& state()
+        {
+            if (!made)
+                made = std::make_unique<AppState>(
+                    AppState::Machine { runLoop, defaults, fileSystem, accessibility, dialogs,
+                        workspace, application },
+                    *controller, [this] { return canCreateTap; });
+            return *made;
+        }
+
+        AppDelegate delegate(AutomaticUpdates* updates = nullptr)
+        {
+            return { { runLoop, accessibility, instances, application }, state(),
+                QuilloxApp::bundleIdentifier, updates };
+        }
+
+        void store(bool hasOnboarded, const KioskSettings& settings)
+        {
+            defaults.setBoolean("hasOnboarded", hasOnboarded);
+            settings.save(defaults);
+        }
+
+        FakeRunLoop runLoop;
+        FakeDefaultsStore defaults;
+        FakeAccessibilityTrust accessibility;
+        FakeDialogs dialogs;
+        FakeWorkspace workspace;
+        FakeRunningApplications instances;
+        bool canCreateTap = false;
+        std::unique_ptr<KioskController> controller = makeController();
+        std::unique_ptr<AppState> made;
+    };
+
+    TEST_F(AppStateTest, CountsDownAndSeals)
+    {
+        store(true, siteSettings());
+        state().beginAutoStart(5);
+        std::vector<int> shown;
+        const auto observation = state().autoStartCountdown.observe([&](const Countdown& value) {
+            if (value)
+                shown.push_back(*value);
+        });
+        runLoop.advance(4s);
+        EXPECT_EQ(shown, (std::vector { 4, 3, 2, 1 }));
+        EXPECT_FALSE(controller->isActive());
+        runLoop.advance(1s);
+        EXPECT_TRUE(controller->isActive() && state().isKioskActive.get());
+        EXPECT_EQ(state().autoStartCountdown.get(), std::nullopt);
+        controller->stop();
+        EXPECT_FALSE(state().isKioskActive.get());
+        EXPECT_EQ(runLoop.activeTimers(), 0U);
+    }
+
+    TEST_F(AppStateTest, CountdownRestartsIsCancelledAndNeedsASource)
+    {
+        state().beginAutoStart(5);
+        EXPECT_EQ(state().autoStartCountdown.get(), std::nullopt);
+
+        state().settings.set(siteSettings());
+        state().beginAutoStart(5);
+        runLoop.advance(1500ms);
+        state().beginAutoStart(2);
+        EXPECT_EQ(state().autoStartCountdown.get(), Countdown(2));
+        runLoop.advance(900ms);
+        EXPECT_EQ(state().autoStartCountdown.get(), Countdown(2)) << "a fresh timer";
+
+        AutoStartCountdownOverlay overlay(state());
+        EXPECT_EQ(overlay.title(), "SEALING IN 2s");
+        overlay.cancel();
+        EXPECT_FALSE(overlay.isShown());
+        runLoop.advance(10s);
+        EXPECT_FALSE(controller->isActive());
+
+        // A value that went missing counts as the last second.
+        state().beginAutoStart(5);
+        state().autoStartCountdown.set(std::nullopt);
+        runLoop.advance(1s);
+        EXPECT_TRUE(controller->isActive());
+    }
+
+    TEST_F(AppStateTest, AStateThatIsGoneSealsNothing)
+    {
+        store(true, siteSettings());
+        state().beginAutoStart(1);
+        runLoop.post([] {});
+        made.reset();
+        runLoop.advance(2s);
+        EXPECT_FALSE(controller->isActive());
+    }
+
+    TEST_F(AppStateTest, OnboardingEndsWithItsInterlude)
+    {
+        auto appDelegate = delegate();
+        QuilloxApp app(appDelegate, state());
+        EXPECT_EQ(app.rootView(), RootView::Onboarding);
+        state().settings.set(siteSettings());
+        state().completeOnboarding();
+        EXPECT_EQ(app.rootView(), RootView::Finishing);
+        EXPECT_TRUE(defaults.boolean("hasOnboarded"));
+        EXPECT_EQ(KioskSettings::load(defaults), siteSettings());
+        runLoop.advance(1799ms);
+        EXPECT_EQ(app.rootView(), RootView::Finishing);
+        runLoop.advance(1ms);
+        EXPECT_EQ(app.rootView(), RootView::Operator);
+    }
+
+    TEST_F(AppStateTest, ChoosesAndClearsALocalSource)
+    {
+        fileSystem.addDirectory("/sites/Exhibit");
+        fileSystem.addFile("/sites/room/start.htm");
+        struct Row {
+            std::optional<std::string> chosen;
+            SourceKind kind;
+            std::string path;
+            std::string entry;
+        };
+        for (const auto& row : std::vector<Row> {
+                 { std::nullopt, SourceKind::remote, "", "index.html" },
+                 { "/sites/Exhibit", SourceKind::local, "/sites/Exhibit", "index.html" },
+                 { "/sites/room/start.htm", SourceKind::local, "/sites/room", "start.htm" },
+                 { "/start.html", SourceKind::local, "/", "start.html" },
+             }) {
+            state().clearLocalSource();
+            state().chooseLocalSource();
+            dialogs.choose(row.chosen);
+            const auto& settings = state().settings.get();
+            EXPECT_EQ(settings.sourceKind, row.kind);
+            EXPECT_EQ(settings.localPath, row.path);
+            EXPECT_EQ(settings.localEntry, row.entry);
+            EXPECT_EQ(KioskSettings::load(defaults), settings);
+        }
+        EXPECT_EQ(dialogs.panels.back(),
+            (OpenPanel { true, true, false, { "text/html" }, "Use for Kiosk",
+                "Choose a website folder (with an index.html) or an HTML file." }));
+    }
+
+    TEST_F(AppStateTest, AsksForAccessibilityWhenNoLockIsPossible)
+    {
+        accessibility.isTrusted = false;
+        state().launchKiosk();
+        EXPECT_TRUE(dialogs.alerts.empty()) << "without a source nothing happens";
+
+        state().settings.set(siteSettings());
+        state().launchKiosk();
+        ASSERT_EQ(dialogs.alerts.size(), 1U);
+        EXPECT_EQ(dialogs.alerts[0].message, "Grant Accessibility permission");
+        EXPECT_EQ(dialogs.alerts[0].buttons,
+            (std::vector<std::string> { "Open System Settings", "Cancel" }));
+        EXPECT_EQ(accessibility.prompts, 1);
+        EXPECT_TRUE(defaults.saves().empty() && !controller->isActive());
+        dialogs.press(1);
+        EXPECT_TRUE(workspace.opened.empty());
+        dialogs.press(0);
+        EXPECT_EQ(workspace.opened, (std::vector<std::string> { accessibilitySettings }));
+
+        canCreateTap = true;
+        state().launchKiosk();
+        EXPECT_TRUE(controller->isActive());
+        EXPECT_EQ(dialogs.alerts.size(), 1U);
+    }
+
+    TEST_F(AppStateTest, SaysSoWhenTheRunIsRefused)
+    {
+        state().settings.set(siteSettings());
+        ASSERT_TRUE(controller->start(siteSettings(), nullptr));
+        state().launchKiosk();
+        ASSERT_EQ(dialogs.alerts.size(), 1U);
+        EXPECT_EQ(dialogs.alerts[0].style, Alert::Style::Warning);
+        EXPECT_EQ(dialogs.alerts[0].message, "Couldn't lock the keyboard — kiosk not started");
+        EXPECT_FALSE(state().isKioskActive.get());
+        EXPECT_EQ(KioskSettings::load(defaults), siteSettings()) << "saved all the same";
+    }
+
+    TEST_F(AppStateTest, LaunchDecidesWhetherToSeal)
+    {
+        struct Updates final : AutomaticUpdates {
+            std::vector<bool> configured;
+            void configure(bool automatic) override { configured.push_back(automatic); }
+        };
+        enum Missing { nothing, onboarding, autoStart, source, trust };
+        for (const auto missing : { nothing, onboarding, autoStart, source, trust }) {
+            SCOPED_TRACE(static_cast<int>(missing));
+            auto settings = missing == source ? KioskSettings {} : siteSettings();
+            settings.autoStartKiosk = missing != autoStart;
+            store(missing != onboarding, settings);
+            accessibility.isTrusted = missing != trust;
+            made.reset();
+            Updates updates;
+            auto launch = delegate(&updates);
+            EXPECT_TRUE(launch.applicationDidFinishLaunching());
+            EXPECT_EQ(updates.configured, std::vector { true });
+            EXPECT_EQ(state().autoStartCountdown.get(), std::nullopt)
+                << "only when the loop is free";
+            runLoop.runPosted();
+            EXPECT_EQ(
+                state().autoStartCountdown.get(), missing == nothing ? Countdown(5) : std::nullopt);
+            EXPECT_TRUE(dialogs.alerts.empty() && accessibility.prompts == 0);
+        }
+    }
+
+    TEST_F(AppStateTest, ASecondCopyGivesWay)
+    {
+        auto settings = siteSettings();
+        settings.autoStartKiosk = true;
+        store(true, settings);
+        instances.processes = { 42, 100, 43 };
+        EXPECT_FALSE(delegate().applicationDidFinishLaunching());
+        EXPECT_EQ(instances.askedFor, "com.orvendal.quillox");
+        EXPECT_EQ(instances.activated, std::vector { 42 });
+        EXPECT_TRUE(application.isTerminated);
+        runLoop.runPosted();
+        EXPECT_EQ(state().autoStartCountdown.get(), std::nullopt);
+    }
+
+    TEST_F(AppStateTest, SetupSaysWhatIsMissingAndSealsOnce)
+    {
+        SetupView view(state());
+        int changes = 0;
+        const auto observation = view.observe([&] { ++changes; });
+        EXPECT_EQ(view.sealTitle(), "SET A URL OR FOLDER FIRST");
+        view.seal();
+        EXPECT_FALSE(state().hasOnboarded.get());
+
+        view.setAddress("https://museum.example/");
+        EXPECT_EQ(KioskSettings::load(defaults).url, "https://museum.example/");
+        state().settings.update(
+            [](KioskSettings& settings) { settings.requireExitPassword = true; });
+        EXPECT_EQ(view.sealTitle(), "SET AN EXIT PASSWORD FIRST");
+        EXPECT_FALSE(view.canSeal());
+        state().settings.update([](KioskSettings& settings) { settings.exitPassword = "abc"; });
+        EXPECT_EQ(changes, 3);
+
+        view.seal();
+        EXPECT_TRUE(controller->isActive() && state().hasOnboarded.get());
+        EXPECT_FALSE(view.isEnabled() || view.canSeal());
+        runLoop.advance(2s);
+    }
+
+} // namespace
+
+} // namespace quillox

@@ -1,0 +1,292 @@
+#include "core/SealedMachine.h"
+#include "fakes/FakeCollaborators.h"
+#include "kiosk/Displays.h"
+
+#include <gtest/gtest.h>
+
+namespace quillox {
+
+namespace {
+
+    using Lines = std::vector<std::string>;
+    using enum ModifierFlags;
+    constexpr auto gesture = Command | Shift;
+    constexpr auto swallow = EventMonitors::Verdict::Swallow;
+    constexpr auto pass = EventMonitors::Verdict::Pass;
+
+    class KioskControllerTest : public testing::Test, protected SealedMachine {
+    protected:
+        bool start(const KioskSettings& settings)
+        {
+            return controller->start(settings, [this] { ++exits; });
+        }
+
+        std::vector<std::uint32_t> coveredDisplays() const
+        {
+            std::vector<std::uint32_t> covered;
+            for (const auto* window : windows.windows) {
+                if (!window->spec.canBecomeKey && window->isVisible)
+                    covered.push_back(window->spec.displayNumber);
+            }
+            return covered;
+        }
+
+        int exits = 0;
+        FakeCollaborators others { journal };
+        std::unique_ptr<KioskController> controller = makeController(others.all());
+    };
+
+    TEST_F(KioskControllerTest, BuildsARunAndUndoesItInOrder)
+    {
+        screens.plugIn({ 8, "Wall", { 1512, 0, 800, 600 }, 0 });
+        auto settings = siteSettings();
+        settings.avoidNotch = true;
+        settings.idleResetSeconds = 45;
+        screens.plugIn({ 7, "Studio", { 0, 0, 1512, 982 }, 32 });
+
+        ASSERT_TRUE(start(settings));
+        EXPECT_EQ(journal.take(),
+            (Lines { "make web view", "load https://museum.example/",
+                "make kiosk window at 0,0 1512x982", "add view at 0,-1 1512x951", "make notch bar",
+                "add view at 0,950 1512x32", "make offline notice", "add view at 0,0 1512x982",
+                "watch network", "make hold indicator at 0", "add view at 0,0 1512x982",
+                "install nav bar, inset 32, notch 32", "kiosk window content",
+                "kiosk window key and front", "activate", "make cover 8 at 1512,0 800x600",
+                "cover 8 frame 1512,0 800x600", "cover 8 front", "presentation 0x3fa",
+                "key lock on", "hot keys off", "stay awake",
+                "watch idle, home https://museum.example/", "count museum.example, gap 45" }));
+
+        controller->stop();
+        EXPECT_EQ(journal.take(),
+            (Lines { "key lock off", "may sleep", "hot keys on", "idle watch ends", "counting ends",
+                "cover 8 out", "network watch ends", "presentation 0x0", "stop loading",
+                "kiosk window out", "kiosk window no content", "windows forward", "activate" }));
+        EXPECT_EQ(exits, 1);
+        EXPECT_TRUE(windows.windows.empty() && windows.webViews.empty());
+        EXPECT_EQ(eventMonitors.activeMonitors(), 0U);
+
+        controller->stop();
+        EXPECT_TRUE(journal.take().empty());
+        EXPECT_EQ(exits, 1);
+    }
+
+    TEST_F(KioskControllerTest, MakesTheWindowAndThePageAsASealNeedsThem)
+    {
+        auto settings = siteSettings();
+        settings.scrollOnly = true;
+        ASSERT_TRUE(start(settings));
+        EXPECT_EQ(kioskWindow().spec,
+            (WindowSpec { .displayNumber = 7,
+                .frame = { 0, 0, 1512, 982 },
+                .isShared = false,
+                .canBecomeKey = true,
+                .canBecomeMain = true }));
+        EXPECT_EQ(page().loads,
+            (std::vector<UrlRequest> { { "https://museum.example/", std::chrono::seconds(60) } }));
+        EXPECT_FALSE(page().allowsMagnification || page().allowsGestures);
+        EXPECT_EQ(kioskWindow().content->views.front().autoresizing,
+            (Autoresizing { .width = true, .height = true }));
+        ASSERT_EQ(page().configuration.userScripts.size(), 1U);
+        EXPECT_EQ(page().configuration.userScripts.front().source,
+            "(function () {\n  var css = '*,*::before,*::after{pointer-events:none !important;}';\n"
+            "  var style = document.createElement('style');\n  style.textContent = css;\n"
+            "  (document.head || document.documentElement).appendChild(style);\n})();");
+        EXPECT_FALSE(page().configuration.userScripts.front().isForMainFrameOnly);
+
+        std::vector<std::string> menu { "reload", "inspect" };
+        page().uiDelegate->willOpenContextMenu(menu);
+        EXPECT_TRUE(menu.empty());
+    }
+
+    TEST_F(KioskControllerTest, RefusesASecondRunAndSettingsWithoutAddress)
+    {
+        EXPECT_FALSE(start(KioskSettings {}));
+        EXPECT_TRUE(journal.take().empty());
+        ASSERT_TRUE(start(siteSettings()));
+        journal.take();
+        auto other = siteSettings();
+        other.url = "https://other.example/";
+        EXPECT_FALSE(start(other));
+        EXPECT_TRUE(journal.take().empty() && controller->isActive());
+        controller->stop();
+        EXPECT_TRUE(start(other));
+    }
+
+    TEST_F(KioskControllerTest, ServesALocalFolderWhenItIsThere)
+    {
+        KioskSettings settings;
+        settings.sourceKind = SourceKind::local;
+        settings.localPath = "/sites/Exhibit";
+        ASSERT_TRUE(start(settings));
+        EXPECT_EQ(journal.take().front(), "make web view");
+        controller->stop();
+        journal.take();
+
+        fileSystem.addFile("/sites/Exhibit/index.html");
+        ASSERT_TRUE(start(settings));
+        const auto lines = journal.take();
+        EXPECT_EQ(lines.front(), "serve /sites/Exhibit");
+        EXPECT_EQ(lines.at(2), "load qxlocal://local/index.html");
+        EXPECT_EQ(std::ranges::count(lines, "watch network"), 0);
+        EXPECT_EQ(lines.back(), "count local:Exhibit, gap 60");
+    }
+
+    TEST_F(KioskControllerTest, OpensOnTheChosenDisplayAndFollowsIt)
+    {
+        screens.plugIn({ 8, "Wall", { 1512, 0, 800, 600 }, 0 });
+        auto settings = siteSettings();
+        settings.displayID = 8;
+        ASSERT_TRUE(start(settings));
+        EXPECT_EQ(kioskWindow().spec.displayNumber, 8U);
+        EXPECT_EQ(coveredDisplays(), (std::vector { 7U }));
+
+        screens.plugIn({ 9, "Door", { 2312, 0, 640, 480 }, 0 });
+        EXPECT_EQ(coveredDisplays(), (std::vector { 7U, 9U }));
+
+        screens.plugIn({ 8, "Wall", { 1512, 0, 1024, 768 }, 0 });
+        EXPECT_EQ(kioskWindow().spec.frame, (Rect { 1512, 0, 1024, 768 }));
+        EXPECT_EQ(kioskWindow().content->views.front().frame, (Rect { 0, -1, 1024, 769 }));
+
+        screens.unplug(8);
+        EXPECT_EQ(kioskWindow().spec.displayNumber, 7U);
+        EXPECT_EQ(coveredDisplays(), (std::vector { 9U }));
+
+        screens.unplug(7);
+        screens.unplug(9);
+        EXPECT_TRUE(controller->isActive() && kioskWindow().isVisible);
+
+        screens.plugIn({ 8, "Wall", { 0, 0, 800, 600 }, 0 });
+        EXPECT_EQ(kioskWindow().spec.displayNumber, 8U);
+        EXPECT_TRUE(coveredDisplays().empty());
+
+        controller->stop();
+        screens.plugIn({ 7, "Studio", { 0, 0, 1512, 982 }, 0 });
+        EXPECT_TRUE(windows.windows.empty());
+    }
+
+    TEST_F(KioskControllerTest, FallsBackToTheMainScreenAndWaitsForOneWhenThereIsNone)
+    {
+        auto settings = siteSettings();
+        settings.displayID = 4711;
+        ASSERT_TRUE(start(settings));
+        EXPECT_EQ(kioskWindow().spec.displayNumber, 7U);
+        EXPECT_TRUE(coveredDisplays().empty());
+        controller->stop();
+
+        screens.unplug(7);
+        ASSERT_TRUE(start(settings));
+        screens.plugIn({ 4711, "Late", { 0, 0, 640, 480 }, 0 });
+        EXPECT_EQ(kioskWindow().spec.frame, (Rect { 0, 0, 640, 480 }));
+    }
+
+    TEST_F(KioskControllerTest, CoversNothingWhereOneWindowFillsAllScreens)
+    {
+        windows.coversScreens = false;
+        screens.plugIn({ 8, "Wall", { 1512, 0, 800, 600 }, 0 });
+        ASSERT_TRUE(start(siteSettings()));
+        EXPECT_TRUE(coveredDisplays().empty());
+    }
+
+    TEST_F(KioskControllerTest, FiltersKeys)
+    {
+        struct Row {
+            Event event;
+            bool isLocked;
+            EventMonitors::Verdict verdict;
+            bool endsRun;
+        };
+        const auto q = KeyCode { 12 };
+        for (const auto& row : std::vector<Row> {
+                 { keyDown(keys::s, gesture), false, swallow, true },
+                 { keyDown(keys::s, gesture | Option), false, swallow, true },
+                 { keyDown(keys::s, gesture), true, swallow, false },
+                 { keyDown(keys::s, Command), false, swallow, false },
+                 { keyDown(q, Command), false, swallow, false },
+                 { keyDown(q, Control), true, swallow, false },
+                 { keyDown(q, gesture), false, swallow, false },
+                 { keyDown(keys::s, Shift), false, pass, false },
+                 { keyDown(q, Option | Shift), false, pass, false },
+                 { keyDown(keys::escape), false, pass, false },
+                 { { EventType::KeyUp, keys::s, gesture, false }, false, pass, false },
+                 { { EventType::LeftMouseDown, 0, Command, false }, false, pass, false },
+             }) {
+            SCOPED_TRACE(testing::Message() << "key " << row.event.keyCode << ", flags "
+                                            << static_cast<unsigned>(row.event.flags));
+            others.keyLock.takesHold = row.isLocked;
+            ASSERT_TRUE(start(siteSettings()));
+            EXPECT_EQ(eventMonitors.send(row.event), row.verdict);
+            EXPECT_EQ(controller->isActive(), !row.endsRun);
+            controller->stop();
+        }
+    }
+
+    TEST_F(KioskControllerTest, AsksForThePasswordWhenOneIsRequired)
+    {
+        auto settings = siteSettings();
+        settings.requireExitPassword = true;
+        settings.exitPassword = "abc";
+        ASSERT_TRUE(start(settings));
+        others.keyLock.holdProgress(0.5);
+        EXPECT_EQ(others.holdFeedback.progress, 0.5);
+        others.keyLock.exitCombo();
+        others.keyLock.exitCombo();
+        ASSERT_EQ(others.exitPrompts.prompts, 1);
+        const auto request = *others.exitPrompts.request;
+        EXPECT_EQ(request.title, "BREAK SEAL");
+        EXPECT_EQ(request.subtitle, "Enter the exit password to leave kiosk mode");
+        EXPECT_TRUE(request.verify("abc"));
+        EXPECT_FALSE(request.verify("ABC") || request.verify("abc ") || request.verify(""));
+
+        journal.take();
+        request.onCancel();
+        EXPECT_EQ(journal.take(), (Lines { "kiosk window first responder" }));
+        EXPECT_TRUE(controller->isActive());
+        others.keyLock.exitCombo();
+        others.exitPrompts.request->onSuccess();
+        EXPECT_FALSE(controller->isActive());
+        EXPECT_EQ(exits, 1);
+    }
+
+    TEST_F(KioskControllerTest, KeepsThePasswordsPromiseWithoutAPrompt)
+    {
+        controller = makeController();
+        auto settings = siteSettings();
+        settings.requireExitPassword = true;
+        ASSERT_TRUE(start(settings));
+        controller->requestExit();
+        EXPECT_FALSE(controller->isActive()) << "no password was ever set";
+
+        settings.exitPassword = "abc";
+        ASSERT_TRUE(start(settings));
+        controller->requestExit();
+        EXPECT_TRUE(controller->isActive()) << "nobody gave the password";
+    }
+
+    TEST_F(KioskControllerTest, RestoresWhatItFoundAndSurvivesItsOwner)
+    {
+        application.options = PresentationOptions::HideDock;
+        ASSERT_TRUE(start(siteSettings()));
+        const auto exitCombo = others.keyLock.exitCombo;
+        controller.reset();
+        EXPECT_EQ(application.options, PresentationOptions::HideDock);
+        EXPECT_EQ(exits, 0);
+        exitCombo();
+        screens.plugIn({ 8, "Wall", { 1512, 0, 800, 600 }, 0 });
+        EXPECT_EQ(eventMonitors.send(keyDown(keys::s, gesture)), pass);
+    }
+
+    TEST(DisplaysTest, LabelsAndFindsScreens)
+    {
+        FakeScreens screens;
+        EXPECT_TRUE(Displays::list(screens).empty());
+        screens.plugIn({ 7, "Studio", { 0, 0, 1512, 982 }, 0 });
+        screens.plugIn({ 0, "", { 1512, 0, 640.4, 479.6 }, 0 });
+        EXPECT_EQ(Displays::list(screens),
+            (std::vector<DisplayInfo> { { 7, "Studio — 1512×982" }, { 0, " — 640×480" } }));
+        EXPECT_EQ(Displays::screen(screens, 7)->localizedName, "Studio");
+        EXPECT_FALSE(Displays::screen(screens, 0) || Displays::screen(screens, 8));
+    }
+
+} // namespace
+
+} // namespace quillox

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "fakes/FakeApplication.h"
+#include "fakes/FakeDefaultsStore.h"
+#include "fakes/FakeEventMonitors.h"
+#include "fakes/FakeFileSystem.h"
+#include "fakes/FakeRunLoop.h"
+#include "fakes/FakeScreens.h"
+#include "fakes/FakeWindows.h"
+#include "kiosk/KioskController.h"
+
+namespace quillox {
+
+/// A machine of fakes with one screen, and a controller on it.
+struct SealedMachine {
+    SealedMachine() { screens.plugIn({ 7, "Studio", { 0, 0, 1512, 982 }, 0 }); }
+
+    /// A controller with what a test lets join its runs.
+    std::unique_ptr<KioskController> makeController(RunCollaborators collaborators = {})
+    {
+        return std::make_unique<KioskController>(
+            KioskController::Machine {
+                screens, windows, windows, eventMonitors, application, fileSystem },
+            collaborators);
+    }
+
+    FakeWindows::FakeWindow& kioskWindow() { return *windows.windows.front(); }
+    FakeWindows::FakeWebView& page() { return *windows.webViews.front(); }
+
+    Journal journal;
+    FakeScreens screens;
+    FakeWindows windows { journal };
+    FakeEventMonitors eventMonitors;
+    FakeApplication application { journal };
+    FakeFileSystem fileSystem;
+};
+
+inline KioskSettings siteSettings()
+{
+    KioskSettings settings;
+    settings.url = "https://museum.example/";
+    return settings;
+}
+
+inline Event keyDown(KeyCode key, ModifierFlags flags = ModifierFlags::None)
+{
+    return { .type = EventType::KeyDown, .keyCode = key, .flags = flags, .isRepeat = false };
+}
+
+} // namespace quillox
