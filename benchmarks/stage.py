@@ -16,7 +16,7 @@ from process_tree import adopt_orphans
 
 WIDTH, HEIGHT = 1920, 1080
 MARKER = (255, 0, 200)
-# Two markers belong to the document, in opposite corners so that the page fills the screen; the third
+# Two markers belong to the document, in opposite corners so that the page fills the screen; another
 # is a picture of its own. The page counts as painted when all are on the screen.
 MARKER_POINTS = ((32, HEIGHT - 32), (WIDTH - 32, 32), (96, HEIGHT - 32))
 MARKER_STYLE = "position:fixed;z-index:9;width:64px;height:64px"

@@ -240,6 +240,7 @@ namespace {
     {
         const KioskSettings records[2] { { .exitPassword = std::string(1'500, 'a') },
             { .allowedDomains = { "b" }, .exitPassword = std::string(2'500, 'b') } };
+        // On a disk and not in memory: there a torn write lasts too short to be hit.
         std::minstd_rand random(20);
         unsigned saves = 0;
         unsigned kills = 0;

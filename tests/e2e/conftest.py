@@ -1,11 +1,5 @@
-import sys
-from pathlib import Path
-
 import pytest
-
-sys.path.insert(0, str(Path(__file__).parent))
-
-from rig.bed import X11_DISPLAYS, Bed  # noqa: E402
+from rig.bed import X11_DISPLAYS, Bed
 
 NOT_RUN = 77  # The exit status by which CTest counts a test as skipped.
 

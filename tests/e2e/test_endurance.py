@@ -8,7 +8,7 @@ from rig.waiting import wait_for
 
 SANITIZED = os.environ.get("QUILLOX_SANITIZED") == "1"
 RUNS, WARM = (6, 2) if SANITIZED else (50, 10)
-GROWTH = 24 * 1024  # KiB between the warm run and the last one
+GROWTH = 8 * 1024  # KiB between the warm run and the last one
 
 
 @pytest.mark.on("openbox")
@@ -28,7 +28,7 @@ def test_many_runs_leave_nothing_behind(bed):
     assert last["threads"] <= warm["threads"] + 2
     if not SANITIZED:
         assert last["resident"] <= warm["resident"] + GROWTH
-        assert last["proportional"] <= warm["proportional"] + 2 * GROWTH
+        assert last["proportional"] <= warm["proportional"] + GROWTH
     bed.close()
     wait_for("end of all processes", lambda: set(bed.home.processes()) == before)
 

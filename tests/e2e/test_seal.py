@@ -20,9 +20,3 @@ def test_seals_by_itself_and_gives_the_desktop_back(bed):
 
     assert bed.display.windows() == windows
     assert bed.display.picture(output) == picture
-
-
-@pytest.mark.on("sway, headless")
-def test_seals_by_itself(bed):
-    bed.start()
-    bed.wait_sealed()

@@ -23,8 +23,8 @@ def test_escape_cancels_the_countdown(bed):
     """A second program on its own display, started after Escape, shows how long a countdown takes."""
     bed.start()
     bed.display.focus_setup()
-    first = bed.display.picture_of_setup()
-    wait_for("running countdown", lambda: bed.display.picture_of_setup() != first)
+    first = bed.display.picture("screen")
+    wait_for("running countdown", lambda: bed.display.picture("screen") != first)
     bed.display.press("Escape")
 
     control = Bed("openbox")

@@ -26,7 +26,6 @@ X11_DISPLAYS = {
 WAYLAND_DISPLAYS = {
     "sway": wayland.Sway,
     "sway, two outputs": lambda home: wayland.Sway(home, outputs=2),
-    "sway, headless": lambda home: wayland.Sway(home, nested=False),
     "cage": wayland.Cage,
 }
 SUPPRESSIONS = Path(__file__).parent.parent / "lsan.supp"
@@ -40,7 +39,7 @@ class Bed:
         self.home = Home()
         self.home.environment.update(
             GDK_DEBUG="gl-disable",
-            ASAN_OPTIONS="detect_leaks=1", UBSAN_OPTIONS="halt_on_error=1:print_stacktrace=1",
+            ASAN_OPTIONS="detect_leaks=1:fast_unwind_on_malloc=0", UBSAN_OPTIONS="halt_on_error=1:print_stacktrace=1",
             LSAN_OPTIONS=f"suppressions={SUPPRESSIONS}:print_suppressions=0")
         self.defaults = self.home.subfolder("config_home/Quillox") / "defaults.json"
         self.settings(url=self.site.url, autoStartKiosk=True, displayID=0)
@@ -66,8 +65,7 @@ class Bed:
 
     def run(self, *arguments):
         """What the program prints for a command."""
-        return subprocess.run([self.binary, *arguments], check=True, capture_output=True, text=True, timeout=60,
-                              env={**self.home.environment, **self.display.environment}).stdout
+        return self.home.run(self.binary, *arguments, environment=self.display.environment).decode()
 
     def choose(self, output):
         """Chooses the kiosk's display as an operator does on the command line."""

@@ -66,6 +66,11 @@ class Home:
         self._started.append(process)
         return process
 
+    def run(self, *command, environment=None):
+        """The output of a program that must succeed."""
+        return subprocess.run([str(word) for word in command], check=True, capture_output=True, timeout=60,
+                              env={**self.environment, **(environment or {})}).stdout
+
     def processes(self):
         """Every living process of this home, also those that left their parents."""
         mark = f"QUILLOX_E2E_HOME={self.folder}\0".encode()

@@ -16,14 +16,17 @@ PAGE = (f"<!doctype html><title>Bands</title><style>html{{background:{CENTRE}}}*
 
 
 def page_picture(size):
-    """What the page looks like in a view of this size."""
-    width, height = size
-    picture = Image.new("RGB", size, CENTRE)
+    """What a sealed screen of this size shows.
+
+    The page's view reaches one pixel below the screen, so that no line of the window shows there.
+    """
+    width, height = size[0], size[1] + 1
+    picture = Image.new("RGB", (width, height), CENTRE)
     boxes = {"left": (0, 0, BAND, height), "right": (width - BAND, 0, width, height),
              "top": (0, 0, width, BAND), "bottom": (0, height - BAND, width, height)}
     for side, colour in COLOURS.items():
         picture.paste(colour, boxes[side])
-    return picture
+    return picture.crop((0, 0, *size))
 
 
 class Site:

@@ -1,9 +1,8 @@
-"""Wayland compositors, nested in an X server (for keys and several outputs) or headless."""
+"""Wayland compositors, nested in an X server: it gives them keys and several outputs."""
 
 import io
 import json
 import os
-import subprocess
 
 from PIL import Image, ImageGrab
 
@@ -19,23 +18,27 @@ output * bg #{BACKGROUND:06x} solid_color
 """
 
 
+def nested(outer, outputs):
+    """The environment of a compositor whose outputs are windows of the outer X server."""
+    return {**outer.environment, "WLR_BACKENDS": "x11", "WLR_X11_OUTPUTS": str(outputs),
+            "WLR_RENDERER": "pixman", "WLR_LIBINPUT_NO_DEVICES": "1"}
+
+
 class Sway:
-    """sway with `outputs` outputs; without `nested` it is headless and keys come from wtype."""
+    """sway with any number of outputs, each a window of an outer X server, which sends the keys."""
 
     launcher = ()
 
-    def __init__(self, home, outputs=1, nested=True):
-        needs("sway", "swaymsg", "swaybg", "grim", *([] if nested else ["wtype"]))
+    def __init__(self, home, outputs=1):
+        needs("sway", "swaybg", "grim")
         self._home = home
-        self._outer = X11(home) if nested else None
+        self._outer = X11(home)
         folder = home.subfolder("compositor")
         (folder / "config").write_text(SWAY_CONFIGURATION)
         self._tools = {"SWAYSOCK": str(folder / "sway.sock"), "WAYLAND_DISPLAY": "wayland-1"}
         self.environment = {**self._tools, "GDK_BACKEND": "wayland"}
-        backend = ({"WLR_BACKENDS": "x11", "WLR_X11_OUTPUTS": str(outputs), **self._outer.environment}
-                   if nested else {"WLR_BACKENDS": "headless", "WLR_HEADLESS_OUTPUTS": str(outputs)})
         home.start(*as_ordinary_user(folder), "sway", "--config", folder / "config", log="sway", environment={
-            **backend, "WLR_RENDERER": "pixman", "WLR_LIBINPUT_NO_DEVICES": "1", "HOME": str(folder),
+            **nested(self._outer, outputs), "HOME": str(folder),
             "XDG_RUNTIME_DIR": str(folder), "SWAYSOCK": self._tools["SWAYSOCK"]})
         wait_for("sway", lambda: os.path.exists(self._tools["SWAYSOCK"])
                  and (folder / "wayland-1").exists())
@@ -46,11 +49,7 @@ class Sway:
             self._shows_background(output) for output in self.outputs()))
 
     def run(self, *command):
-        return subprocess.run(command, env={**self._home.environment, **self._tools}, check=True,
-                              capture_output=True, timeout=30).stdout
-
-    def message(self, *words):
-        return self.run("swaymsg", *words)
+        return self._home.run(*command, environment=self._tools)
 
     def outputs(self):
         """The active outputs as name and rectangle (x, y, width, height)."""
@@ -67,7 +66,7 @@ class Sway:
     def plug(self):
         """A new output; returns its name."""
         before = self.outputs()
-        self.message("create_output")
+        self.run("swaymsg", "create_output")
         return wait_for("new output", lambda: set(self.outputs()) - set(before)).pop()
 
     def unplug(self, output):
@@ -84,13 +83,10 @@ class Sway:
         return next((node for node in self._nodes() if self._is_setup(node)), None)
 
     def close_setup(self):
-        self.message(f"[con_id={self.setup_window()['id']}]", "kill")
+        self.run("swaymsg", f"[con_id={self.setup_window()['id']}]", "kill")
 
     def press(self, keys):
-        if self._outer:
-            return self._outer.press(keys)
-        *modifiers, key = keys.split("+")
-        self.run("wtype", *(word for name in modifiers for word in ("-M", name)), "-k", key)
+        self._outer.press(keys)
 
     def open_bystander(self):
         """Another program's window, which the kiosk must leave as it was."""
@@ -102,8 +98,7 @@ class Sway:
         """Nothing is left to do once the program runs."""
 
     def end(self):
-        if self._outer:
-            self._outer.end()
+        self._outer.end()
 
     def _nodes(self):
         pending = [json.loads(self.run("swaymsg", "-t", "get_tree"))]
@@ -129,9 +124,7 @@ class Cage:
         needs("cage", "Xwayland")  # This cage does not start without the latter.
         self._outer = X11(home, ("Xvfb", "-screen", "0", "{}x{}x24".format(*self.SIZE)))
         self.launcher = (*as_ordinary_user(home.folder), "cage", "--")
-        self.environment = {**self._outer.environment, "GDK_BACKEND": "wayland", "WLR_BACKENDS": "x11",
-                            "WLR_X11_OUTPUTS": "2", "WLR_RENDERER": "pixman",
-                            "WLR_LIBINPUT_NO_DEVICES": "1"}
+        self.environment = {**nested(self._outer, 2), "GDK_BACKEND": "wayland"}
 
     def started(self):
         """Puts the second output beside the first; they come up on the same spot."""

@@ -1,0 +1,32 @@
+# Two commands do everything on a fresh machine: `make run` and `make test`. Both install what is missing with apt.
+
+.PHONY: build run test bench clean sanitizers
+
+build:
+	tools/install-packages build
+	cmake --preset release
+	cmake --build --preset release
+
+# Opens the program; without a display, seals the bundled demo site on a private X server.
+run: build
+	tools/install-packages run
+	tools/run build/release/quillox
+
+sanitizers:
+	cmake --preset sanitizers
+	cmake --build --preset sanitizers
+
+test:
+	tools/install-packages build test
+	$(MAKE) build sanitizers
+	ctest --preset all
+
+bench: build
+	tools/install-packages bench
+	cmake --preset bench
+	cmake --build --preset bench --target bare_window
+	/usr/bin/python3 benchmarks/first_paint.py --quillox build/release/quillox \
+		--bare build/bench/benchmarks/bare_window
+
+clean:
+	rm -rf build
