@@ -1,9 +1,9 @@
 #include "platform/linux/gtk/DialogsGtk.h"
 
+#include "platform/linux/system/GlibOwner.h"
+
 #include <glibmm/main.h>
 #include <gtkmm/dialog.h>
-#include <gtkmm/filechooserwidget.h>
-#include <gtkmm/filefilter.h>
 #include <gtkmm/label.h>
 #include <gtkmm/messagedialog.h>
 
@@ -26,27 +26,33 @@ namespace {
         dialog->present();
     }
 
-    Glib::RefPtr<Gtk::FileFilter> filterFor(const std::vector<std::string>& contentTypes)
+    /// The toolkit's own chooser: its C++ wrapper cannot be taken apart cleanly.
+    GtkFileChooser* makeChooser(const OpenPanel& panel)
     {
-        auto filter = Gtk::FileFilter::create();
-        for (const auto& type : contentTypes)
-            filter->add_mime_type(type);
-        return filter;
+        auto* chooser = GTK_FILE_CHOOSER(gtk_file_chooser_widget_new(GTK_FILE_CHOOSER_ACTION_OPEN));
+        gtk_file_chooser_set_select_multiple(chooser, panel.allowsMultipleSelection);
+        const GObjectOwner<GtkFileFilter> filter(gtk_file_filter_new());
+        for (const auto& type : panel.contentTypes)
+            gtk_file_filter_add_mime_type(filter.get(), type.c_str());
+        gtk_file_chooser_set_filter(chooser, filter.get());
+        const GObjectOwner<GFile> home(g_file_new_for_path(g_get_home_dir()));
+        gtk_file_chooser_set_current_folder(chooser, home.get(), nullptr);
+        gtk_widget_set_vexpand(GTK_WIDGET(chooser), TRUE);
+        return chooser;
     }
 
-    /// A file that is selected, else a folder that is, else the folder that is shown.
-    std::optional<std::string> choiceOf(
-        const Gtk::FileChooserWidget& chooser, const OpenPanel& panel)
+    /// What is selected, else the folder that is shown.
+    std::optional<std::string> choiceOf(GtkFileChooser* chooser, const OpenPanel& panel)
     {
-        auto file = chooser.get_file();
+        GObjectOwner<GFile> file(gtk_file_chooser_get_file(chooser));
         if (!file && panel.canChooseDirectories)
-            file = chooser.get_current_folder();
-        if (!file || file->get_path().empty())
+            file.reset(gtk_file_chooser_get_current_folder(chooser));
+        const GTextOwner path(file ? g_file_get_path(file.get()) : nullptr);
+        if (!path)
             return std::nullopt;
-        const bool isFolder = file->query_file_type() == Gio::FileType::DIRECTORY;
-        return (isFolder ? panel.canChooseDirectories : panel.canChooseFiles)
-            ? std::optional(file->get_path())
-            : std::nullopt;
+        const bool isFolder = g_file_test(path.get(), G_FILE_TEST_IS_DIR);
+        const bool isWanted = isFolder ? panel.canChooseDirectories : panel.canChooseFiles;
+        return isWanted ? std::optional<std::string>(path.get()) : std::nullopt;
     }
 
 } // namespace
@@ -76,18 +82,16 @@ void DialogsGtk::present(
     dialog->set_default_size(820, 560);
     if (m_parent)
         dialog->set_transient_for(*m_parent);
+    dialog->add_css_class("open-panel");
     auto* message = Gtk::make_managed<Gtk::Label>(panel.message);
     message->set_margin(12);
-    auto* chooser = Gtk::make_managed<Gtk::FileChooserWidget>(Gtk::FileChooser::Action::OPEN);
-    chooser->set_select_multiple(panel.allowsMultipleSelection);
-    chooser->set_filter(filterFor(panel.contentTypes));
-    chooser->set_vexpand(true);
+    auto* chooser = makeChooser(panel);
     dialog->get_content_area()->append(*message);
-    dialog->get_content_area()->append(*chooser);
+    gtk_box_append(dialog->get_content_area()->gobj(), GTK_WIDGET(chooser));
     dialog->add_button("_Cancel", Gtk::ResponseType::CANCEL);
     dialog->add_button(panel.prompt, Gtk::ResponseType::ACCEPT);
     run(dialog, [chooser, panel, onChosen](int response) {
-        onChosen(response == Gtk::ResponseType::ACCEPT ? choiceOf(*chooser, panel) : std::nullopt);
+        onChosen(response == Gtk::ResponseType::ACCEPT ? choiceOf(chooser, panel) : std::nullopt);
     });
 }
 
