@@ -1,5 +1,6 @@
 #include "app/AppState.h"
 
+#include "config/DefaultsKeys.h"
 #include "kiosk/KioskController.h"
 #include "ports/AccessibilityTrust.h"
 #include "ports/DefaultsStore.h"
@@ -16,7 +17,6 @@ namespace {
 
     using namespace std::chrono_literals;
 
-    constexpr auto hasOnboardedKey = "hasOnboarded";
     constexpr auto finishingInterlude = 1800ms;
     constexpr auto countdownStep = 1s;
     constexpr auto defaultEntry = "index.html";

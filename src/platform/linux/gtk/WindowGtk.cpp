@@ -2,6 +2,7 @@
 
 #include "platform/linux/gtk/ApplicationGtk.h"
 #include "platform/linux/gtk/EventMonitorsGtk.h"
+#include "platform/linux/system/GlibOwner.h"
 
 #include <glibmm/main.h>
 
@@ -22,6 +23,9 @@ WindowGtk::WindowGtk(const WindowSpec& spec, WindowPlacement& placement,
     m_window->add_css_class("sealed");
     m_window->set_focusable(m_canBecomeKey);
     m_window->signal_close_request().connect([] { return true; }, false);
+    // In a group of its own, no modal dialog of the setup can keep input from it.
+    const GObjectOwner<GtkWindowGroup> group(gtk_window_group_new());
+    gtk_window_group_add_window(group.get(), m_window->gobj());
     monitors.attach(*m_window);
     m_placement.prepare(*m_window);
     m_application.addSealedWindow(*m_window);
