@@ -36,7 +36,8 @@ namespace {
             , m_defaults(defaultsPathsFromEnvironment(), log)
             , m_platform(std::move(gtk), m_runLoop, log)
             , m_controller({ m_platform.screens, m_platform.windows, m_platform.webEngine,
-                  m_platform.eventMonitors, m_platform.application, m_platform.fileSystem })
+                  m_platform.eventMonitors, m_platform.application, m_platform.fileSystem,
+                  m_platform.siteFiles, m_platform.fileTypes })
             , m_state({ m_runLoop, m_defaults, m_platform.fileSystem, m_platform.accessibility,
                           m_platform.dialogs, m_platform.workspace, m_platform.application },
                   m_controller)

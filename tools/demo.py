@@ -1,8 +1,6 @@
 """Seals the bundled demo site on a private X server and saves a picture of the screen."""
 
 import contextlib
-import functools
-import http.server
 import json
 import os
 import pathlib
@@ -10,7 +8,6 @@ import re
 import subprocess
 import sys
 import tempfile
-import threading
 import time
 
 PROJECT = pathlib.Path(__file__).resolve().parent.parent
@@ -18,11 +15,6 @@ SITE = PROJECT / "resources" / "demo-site"
 PICTURE = PROJECT / "build" / "demo.png"
 SIZE = "1920x1080"
 PATIENCE = 60  # seconds
-
-
-class QuietHandler(http.server.SimpleHTTPRequestHandler):
-    def log_message(self, *_):
-        pass
 
 
 @contextlib.contextmanager
@@ -46,16 +38,6 @@ def display():
             yield ":" + answer.readline().strip()
 
 
-@contextlib.contextmanager
-def served_site():
-    """The demo site on the loopback interface; yields its address."""
-    handler = functools.partial(QuietHandler, directory=SITE)
-    with http.server.ThreadingHTTPServer(("127.0.0.1", 0), handler) as server:
-        threading.Thread(target=server.serve_forever, daemon=True).start()
-        yield f"http://127.0.0.1:{server.server_port}/"
-        server.shutdown()
-
-
 def page_color():
     """What the site's style sheet paints its pages with."""
     return re.search(r"--paper: (#\w+);", (SITE / "style.css").read_text())[1].upper()
@@ -70,7 +52,7 @@ def corner_colors(environment):
 
 
 def main(program):
-    with tempfile.TemporaryDirectory() as home, served_site() as address, display() as name:
+    with tempfile.TemporaryDirectory() as home, display() as name:
         runtime = pathlib.Path(home, "run")
         runtime.mkdir(mode=0o700)
         environment = dict(os.environ, DISPLAY=name, HOME=home, XDG_RUNTIME_DIR=str(runtime),
@@ -78,8 +60,8 @@ def main(program):
                            XDG_CACHE_HOME=f"{home}/cache")
         defaults = pathlib.Path(home, "config", "Quillox", "defaults.json")
         defaults.parent.mkdir(parents=True)
-        defaults.write_text(json.dumps(
-            {"hasOnboarded": True, "kioskSettings": {"url": address, "autoStartKiosk": True}}))
+        defaults.write_text(json.dumps({"hasOnboarded": True, "kioskSettings": {
+            "sourceKind": "local", "localPath": str(SITE), "autoStartKiosk": True}}))
         print(f"No display here: sealing the demo site on a private X server of {SIZE} pixels …", flush=True)
         with process("openbox", env=environment), process(program, env=environment) as running:
             deadline = time.monotonic() + PATIENCE

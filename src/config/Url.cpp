@@ -1,6 +1,7 @@
 #include "config/Url.h"
 
 #include "config/HostSyntax.h"
+#include "config/PercentEscapes.h"
 
 #include <fmt/format.h>
 
@@ -19,17 +20,6 @@ namespace {
         return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
     }
 
-    int hexValue(char c)
-    {
-        if (isDigit(c))
-            return c - '0';
-        if (c >= 'a' && c <= 'f')
-            return c - 'a' + 10;
-        if (c >= 'A' && c <= 'F')
-            return c - 'A' + 10;
-        return -1;
-    }
-
     bool isScheme(std::string_view text)
     {
         return !text.empty() && isLetter(text[0])
@@ -42,26 +32,6 @@ namespace {
     {
         return !text.empty() && text.size() <= 5 && std::all_of(text.begin(), text.end(), isDigit)
             && (text.size() < 5 || text <= "65535");
-    }
-
-    /// None when an escape is broken or stands for a zero, which would end the path for some.
-    std::optional<std::string> percentDecoded(std::string_view text)
-    {
-        std::string decoded;
-        decoded.reserve(text.size());
-        for (std::size_t i = 0; i < text.size(); ++i) {
-            if (text[i] != '%') {
-                decoded += text[i];
-                continue;
-            }
-            const int high = i + 2 < text.size() ? hexValue(text[i + 1]) : -1;
-            const int low = i + 2 < text.size() ? hexValue(text[i + 2]) : -1;
-            if (high < 0 || low < 0 || (high == 0 && low == 0))
-                return std::nullopt;
-            decoded += static_cast<char>(high * 16 + low);
-            i += 2;
-        }
-        return decoded;
     }
 
     /// The host in what stands between "//" and the path: empty text when there is nothing, none

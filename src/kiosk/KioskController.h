@@ -19,6 +19,8 @@
 namespace quillox {
 
 class FileSystem;
+class FileTypes;
+class SiteFiles;
 
 /// Drives one sealed run after another: the page full screen on its display, every other display
 /// black, the ways out closed, and everything undone in a fixed order at the end. Main thread only.
@@ -31,6 +33,8 @@ public:
         EventMonitors& eventMonitors;
         Application& application;
         const FileSystem& fileSystem;
+        const SiteFiles& siteFiles;
+        const FileTypes& fileTypes;
     };
 
     explicit KioskController(Machine, RunCollaborators = {});

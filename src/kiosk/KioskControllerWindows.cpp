@@ -2,6 +2,7 @@
 
 #include "kiosk/Displays.h"
 #include "kiosk/KioskController.h"
+#include "local/LocalSchemeHandler.h"
 #include "ports/FileSystem.h"
 
 #include <algorithm>
@@ -33,9 +34,9 @@ std::optional<Screen> KioskController::chooseScreen() const
 WebViewConfiguration KioskController::webViewConfiguration() const
 {
     WebViewConfiguration configuration;
-    if (m_settings.isLocalSource() && m_collaborators.localSites) {
-        if (const auto root = m_settings.localRootURL(m_machine.fileSystem))
-            m_collaborators.localSites->registerScheme(configuration, *root);
+    if (const auto root = m_settings.localRootURL(m_machine.fileSystem)) {
+        configuration.schemeHandlers[LocalSchemeHandler::scheme]
+            = std::make_shared<LocalSchemeHandler>(*root, m_machine.siteFiles, m_machine.fileTypes);
     }
     if (m_settings.scrollOnly)
         configuration.userScripts.push_back(scrollOnlyScript());

@@ -11,7 +11,6 @@
 namespace quillox {
 
 class WebView;
-struct WebViewConfiguration;
 
 /// The keyboard lock of a sealed run, with the gesture that ends it.
 class KeyLock {
@@ -40,15 +39,6 @@ public:
     virtual ~SleepGuard() = default;
     virtual void start() = 0;
     virtual void stop() = 0;
-};
-
-/// Serves the folder of a local source to the web view.
-class LocalSites {
-public:
-    virtual ~LocalSites() = default;
-    /// Registers the private scheme for `root`, an absolute path; good for the web view made from
-    /// it next.
-    virtual void registerScheme(WebViewConfiguration&, const std::string& root) = 0;
 };
 
 /// Sends the page home when nobody uses it.
@@ -119,7 +109,6 @@ struct RunCollaborators {
     KeyLock* keyLock = nullptr;
     HotKeyGuard* hotKeys = nullptr;
     SleepGuard* sleep = nullptr;
-    LocalSites* localSites = nullptr;
     IdleWatch* idleWatch = nullptr;
     UsageTracking* usage = nullptr;
     Connectivity* connectivity = nullptr;

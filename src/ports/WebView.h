@@ -1,8 +1,10 @@
 #pragma once
 
+#include "ports/SchemeHandler.h"
 #include "ports/View.h"
 
 #include <chrono>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -21,6 +23,12 @@ struct UserScript {
 /// user agent.
 struct WebViewConfiguration {
     std::vector<UserScript> userScripts;
+
+    /// By scheme, in lower case. Pages of a private scheme are a secure context with an origin of
+    /// their own; pages of other schemes can neither show, fetch nor open anything of it. The
+    /// handlers are asked until another web view is made or this one is destroyed; after that such
+    /// requests are answered with 404.
+    std::map<std::string, std::shared_ptr<SchemeHandler>> schemeHandlers;
 
     bool operator==(const WebViewConfiguration&) const = default;
 };

@@ -118,15 +118,18 @@ namespace {
         settings.sourceKind = SourceKind::local;
         settings.localPath = "/sites/Exhibit";
         ASSERT_TRUE(start(settings));
-        EXPECT_EQ(journal.take().front(), "make web view");
+        EXPECT_TRUE(page().configuration.schemeHandlers.empty());
         controller->stop();
         journal.take();
 
         fileSystem.addFile("/sites/Exhibit/index.html");
+        siteFiles.add("/sites/Exhibit/index.html", "welcome");
         ASSERT_TRUE(start(settings));
         const auto lines = journal.take();
-        EXPECT_EQ(lines.front(), "serve /sites/Exhibit");
-        EXPECT_EQ(lines.at(2), "load qxlocal://local/index.html");
+        EXPECT_EQ(lines.at(1), "load qxlocal://local/index.html");
+        const auto answer = page().configuration.schemeHandlers.at("qxlocal")->answer(
+            { "qxlocal://local/index.html", std::nullopt });
+        EXPECT_EQ(FakeSiteFiles::body(answer.value()), "welcome");
         EXPECT_EQ(std::ranges::count(lines, "watch network"), 0);
         EXPECT_EQ(lines.back(), "count local:Exhibit, gap 60");
     }

@@ -6,6 +6,7 @@
 #include "fakes/FakeFileSystem.h"
 #include "fakes/FakeRunLoop.h"
 #include "fakes/FakeScreens.h"
+#include "fakes/FakeSiteFiles.h"
 #include "fakes/FakeWindows.h"
 #include "kiosk/KioskController.h"
 
@@ -19,8 +20,8 @@ struct SealedMachine {
     std::unique_ptr<KioskController> makeController(RunCollaborators collaborators = {})
     {
         return std::make_unique<KioskController>(
-            KioskController::Machine {
-                screens, windows, windows, eventMonitors, application, fileSystem },
+            KioskController::Machine { screens, windows, windows, eventMonitors, application,
+                fileSystem, siteFiles, fileTypes },
             collaborators);
     }
 
@@ -33,6 +34,8 @@ struct SealedMachine {
     FakeEventMonitors eventMonitors;
     FakeApplication application { journal };
     FakeFileSystem fileSystem;
+    FakeSiteFiles siteFiles;
+    FakeFileTypes fileTypes;
 };
 
 inline KioskSettings siteSettings()

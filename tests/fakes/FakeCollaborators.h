@@ -21,8 +21,8 @@ public:
 
     RunCollaborators all()
     {
-        return { &keyLock, &hotKeys, &sleep, &localSites, &idleWatch, &usage, &connectivity,
-            &holdFeedback, &navigationAids, &exitPrompts };
+        return { &keyLock, &hotKeys, &sleep, &idleWatch, &usage, &connectivity, &holdFeedback,
+            &navigationAids, &exitPrompts };
     }
 
     Journal& journal;
@@ -78,18 +78,6 @@ public:
         void start() override { journal.add("stay awake"); }
         void stop() override { journal.add("may sleep"); }
     } sleep { journal };
-
-    struct Sites final : LocalSites {
-        Journal& journal;
-        explicit Sites(Journal& log)
-            : journal(log)
-        {
-        }
-        void registerScheme(WebViewConfiguration&, const std::string& root) override
-        {
-            journal.add("serve " + root);
-        }
-    } localSites { journal };
 
     struct Idle final : IdleWatch {
         Journal& journal;

@@ -9,14 +9,17 @@
 #include "platform/linux/gtk/WindowPlacement.h"
 #include "platform/linux/gtk/WorkspaceGtk.h"
 #include "platform/linux/system/FileSystemPosix.h"
+#include "platform/linux/system/FileTypesGio.h"
 #include "platform/linux/system/RunLoopGlib.h"
+#include "platform/linux/system/SiteFilesLinux.h"
 #include "platform/linux/webkit/WebEngine.h"
 
 #include <memory>
 
 namespace quillox {
 
-/// Every port of the machine that needs a display, as Linux has it. Make it when the toolkit has started.
+/// Every port of the machine that needs a display, as Linux has it. Make it when the toolkit has
+/// started.
 struct LinuxPlatform {
     LinuxPlatform(Glib::RefPtr<Gtk::Application> gtk, RunLoop& runLoop, SystemLog& log)
         : screens(runLoop)
@@ -38,6 +41,8 @@ struct LinuxPlatform {
     DialogsGtk dialogs;
     WorkspaceGtk workspace;
     FileSystemPosix fileSystem;
+    SiteFilesLinux siteFiles;
+    FileTypesGio fileTypes;
 };
 
 } // namespace quillox

@@ -65,8 +65,7 @@ class X11:
         self._display.sync()
         if manager:
             home.start(*manager, environment=self.environment)
-            wait_for("window manager", lambda: self._property(
-                self._root, "_NET_SUPPORTING_WM_CHECK"))
+            self._wait_for_manager()
         self._managed = bool(manager)
 
     def _start_server(self, command):
@@ -79,6 +78,20 @@ class X11:
                 if announcement.read().strip():  # Empty when the number was taken.
                     return f":{number}"
         raise AssertionError(f"no X server started, see {self._home.logs}")
+
+    def _wait_for_manager(self):
+        """Until it frames a window; one that is mapped while it starts may stay without for ever."""
+        probe = self._root.create_window(0, 0, 9, 9, 0, X.CopyFromParent)
+
+        def is_framed():
+            if probe.query_tree().parent != self._root:
+                return True
+            probe.unmap()
+            probe.map()
+            return False
+        wait_for("window manager", is_framed)
+        probe.destroy()
+        self._display.sync()
 
     def run(self, *command):
         return self._home.run(*command, environment=self.environment).decode()
@@ -104,18 +117,22 @@ class X11:
         self.run("xrandr", *(word for output in outputs for word in ("--output", output, "--off")))
 
     def windows(self):
-        """The visible top-level windows, frames of a window manager included."""
-        return {window.id for window in self._root.query_tree().children if self._is_visible(window)}
+        """The visible top-level windows and frames, without the dots that window managers keep."""
+        return {window.id for window in self._root.query_tree().children
+                if self._is_visible(window)}
 
     def all_windows(self):
         return [window.id for window in self._root.query_tree().children]
 
     def setup_window(self):
         """The program's visible setup window, None without one."""
+        return self._visible(b"Quillox")
+
+    def _visible(self, name):
         pending = list(self._root.query_tree().children)
         while pending:
             window = pending.pop()
-            if self._is_visible(window) and self._name(window) == b"Quillox":
+            if self._is_visible(window) and self._name(window) == name:
                 return window
             pending += self._children(window)
         return None
@@ -147,9 +164,8 @@ class X11:
     def open_bystander(self):
         """Another program's window, which the kiosk must leave as it was."""
         needs("xmessage")
-        before = self.windows()
         self._home.start("xmessage", "-geometry", "300x200+600+400", "bystander", environment=self.environment)
-        wait_for("bystander", lambda: self.windows() > before)
+        wait_for("bystander", lambda: self._visible(b"xmessage"))
 
     def started(self):
         """Nothing is left to do once the program runs."""
@@ -170,7 +186,8 @@ class X11:
     def _is_visible(self, window):
         try:
             attributes = window.get_attributes()
-            return attributes.map_state == X.IsViewable and attributes.win_class == X.InputOutput
+            return (attributes.map_state == X.IsViewable and attributes.win_class == X.InputOutput
+                    and window.get_geometry().width > 1)
         except error.XError:
             return False
 

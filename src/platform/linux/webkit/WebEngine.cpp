@@ -33,6 +33,7 @@ std::unique_ptr<WebView> WebEngine::makeWebView(const WebViewConfiguration& conf
 {
     if (!m_context)
         m_context.reset(webkit_web_context_new());
+    m_schemes.serve(m_context.get(), configuration.schemeHandlers);
     return std::make_unique<WebViewWebKit>(m_context.get(), session(), configuration, m_runLoop);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/linux/system/GlibOwner.h"
+#include "platform/linux/webkit/SchemeHandlerWebKit.h"
 #include "ports/RunLoop.h"
 #include "ports/WebView.h"
 
@@ -25,6 +26,7 @@ private:
     RunLoop& m_runLoop;
     GObjectOwner<WebKitNetworkSession> m_session;
     GObjectOwner<WebKitWebContext> m_context;
+    SchemeHandlerWebKit m_schemes;
 };
 
 } // namespace quillox

@@ -48,6 +48,7 @@ namespace {
 WebViewWebKit::WebViewWebKit(WebKitWebContext* context, WebKitNetworkSession* session,
     const WebViewConfiguration& configuration, RunLoop& runLoop)
     : m_runLoop(runLoop)
+    , m_schemeHandlers(configuration.schemeHandlers)
     , m_content(webkit_user_content_manager_new())
     , m_view(makeView(context, session, m_content.get()))
     , m_widget(Glib::wrap(GTK_WIDGET(m_view.get())))

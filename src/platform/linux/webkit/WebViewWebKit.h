@@ -35,6 +35,7 @@ private:
     void handleLoadChanged(WebKitLoadEvent);
 
     RunLoop& m_runLoop;
+    decltype(WebViewConfiguration::schemeHandlers) m_schemeHandlers; ///< Owned for its pages.
     GObjectOwner<WebKitUserContentManager> m_content;
     GObjectOwner<WebKitWebView> m_view;
     Gtk::Widget* m_widget; ///< The same object, as a widget; destroyed with it.
