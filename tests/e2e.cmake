@@ -1,16 +1,27 @@
-# The real program on private displays. The tests find free display numbers themselves, so that they
-# may run beside anything; PROCESSORS keeps them from slowing one another down.
+# The real program on private displays: as it is shipped, where its build is given, and some of it again with
+# the sanitizers. The tests find free display numbers themselves, so that they may run beside anything;
+# PROCESSORS keeps them from slowing one another down.
+set(QUILLOX_SHIPPED_PROGRAM "$<TARGET_FILE:quillox>" CACHE STRING "The program that the end-to-end tests drive")
+
 function(quillox_e2e name mark)
-  add_test(NAME e2e.${name}.${mark}
+  cmake_parse_arguments(PARSE_ARGV 2 E2E "SANITIZED" "" "")
+  if(E2E_SANITIZED)
+    set(test e2e.${name}.${mark}.sanitized)
+    set(program $<TARGET_FILE:quillox>)
+  else()
+    set(test e2e.${name}.${mark})
+    set(program ${QUILLOX_SHIPPED_PROGRAM})
+  endif()
+  add_test(NAME ${test}
     COMMAND ${CMAKE_COMMAND} -E env
-      QUILLOX_BINARY=$<TARGET_FILE:quillox>
-      QUILLOX_SANITIZED=$<BOOL:${QUILLOX_SANITIZE}>
+      QUILLOX_BINARY=${program}
+      QUILLOX_SANITIZED=$<BOOL:${E2E_SANITIZED}>
       QUILLOX_E2E_ARTIFACTS=${PROJECT_BINARY_DIR}/e2e-failures
       PYTHONDONTWRITEBYTECODE=1
       /usr/bin/python3 -m pytest -p no:cacheprovider -v -s -rs -m ${mark}
       ${CMAKE_CURRENT_SOURCE_DIR}/e2e/test_${name}.py)
   # 77: something that a test needs is missing on this machine; the output names it.
-  set_tests_properties(e2e.${name}.${mark} PROPERTIES
+  set_tests_properties(${test} PROPERTIES
     LABELS e2e-${mark} TIMEOUT 300 PROCESSORS 2 SKIP_RETURN_CODE 77
     SKIP_REGULAR_EXPRESSION "No module named '?(pytest|PIL|Xlib)")
 endfunction()
@@ -23,3 +34,8 @@ quillox_e2e(launch x11)
 quillox_e2e(settings x11)
 quillox_e2e(local_site x11)
 quillox_e2e(endurance x11)
+if(QUILLOX_SANITIZE)
+  quillox_e2e(screens x11 SANITIZED)
+  quillox_e2e(local_site x11 SANITIZED)
+  quillox_e2e(endurance x11 SANITIZED)
+endif()
