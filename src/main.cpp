@@ -50,7 +50,9 @@ namespace {
 
         ~Program()
         {
-            // While every window that it brings forward is still there.
+            // Out of the way first: the end of a run brings forward what is visible.
+            if (m_setup)
+                m_setup->window().set_visible(false);
             m_controller.stop();
             m_instances.setOnActivate(nullptr);
             AppState::setShared(nullptr);
@@ -85,8 +87,9 @@ namespace {
                 },
                 false);
             m_platform.placement->present(window);
-            m_instances.setOnActivate([&application](const std::string& token) {
-                application.activateAllWindows(token);
+            m_instances.setOnActivate([this](const std::string& token) {
+                if (m_delegate.applicationShouldHandleReopen())
+                    m_platform.application.activateAllWindows(token);
             });
         }
 

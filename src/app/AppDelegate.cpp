@@ -41,6 +41,11 @@ bool AppDelegate::applicationDidFinishLaunching()
     return true;
 }
 
+bool AppDelegate::applicationShouldHandleReopen() const
+{
+    return !m_state.isKioskActive.get();
+}
+
 bool AppDelegate::activateRunningCopy()
 {
     auto& applications = m_machine.runningApplications;

@@ -37,6 +37,10 @@ public:
     /// False when this copy gives way: it ends, and must show nothing.
     bool applicationDidFinishLaunching();
 
+    /// Another copy was started and gave way to this one: whether the setup's windows come forward.
+    /// During a run nothing changes.
+    bool applicationShouldHandleReopen() const;
+
     static bool applicationShouldTerminateAfterLastWindowClosed() { return true; }
 
 private:

@@ -61,7 +61,7 @@ public:
 
 private:
     struct CoverWindow {
-        Screen screen;
+        std::uint32_t displayNumber;
         std::unique_ptr<Window> window;
     };
 

@@ -16,6 +16,14 @@ namespace {
     /// there.
     constexpr double overhang = 1;
 
+    /// Two screens that mirror each other show the same part of the plane.
+    bool isInside(const Rect& inner, const Rect& outer)
+    {
+        return inner.x >= outer.x && inner.y >= outer.y
+            && inner.x + inner.width <= outer.x + outer.width
+            && inner.y + inner.height <= outer.y + outer.height;
+    }
+
     constexpr Autoresizing fill { .width = true, .height = true };
     constexpr Autoresizing topBand { .width = true, .bottomMargin = true };
 
@@ -102,20 +110,17 @@ void KioskController::installCoverWindows(const Screen& excluded)
     if (!m_machine.windows.canCoverSeparateScreens())
         return;
     for (const auto& screen : m_machine.screens.list()) {
-        if (screen.displayNumber == excluded.displayNumber)
+        if (screen.displayNumber == excluded.displayNumber
+            || isInside(screen.frame, excluded.frame))
             continue;
         const auto present = std::ranges::find_if(old, [&](const CoverWindow& cover) {
-            return cover.window && cover.screen.displayNumber == screen.displayNumber;
+            return cover.window && cover.displayNumber == screen.displayNumber;
         });
-        if (present != old.end() && present->screen == screen) {
-            m_coverWindows.push_back(std::move(*present));
-            continue;
-        }
         auto window = present != old.end() ? std::move(present->window)
                                            : m_machine.windows.makeWindow(coverWindowSpec(screen));
         window->setFrame(screen.displayNumber, screen.frame);
         window->orderFrontRegardless();
-        m_coverWindows.push_back({ screen, std::move(window) });
+        m_coverWindows.push_back({ screen.displayNumber, std::move(window) });
     }
     for (const auto& cover : old) {
         if (cover.window)
@@ -136,14 +141,14 @@ void KioskController::handleScreensChanged()
     const auto screen = chooseScreen();
     if (!screen)
         return;
-    if (*screen != m_screen) {
-        m_screen = *screen;
-        m_window->platformWindow().setFrame(m_screen.displayNumber, m_screen.frame);
-        if (auto* container = m_window->contentView()) {
-            container->move(m_webView->view(), webViewFrame());
-            if (m_notchBar)
-                container->move(*m_notchBar, notchBarFrame());
-        }
+    // Also when the frame seems the same: it tells where the screen is beside the main one, which
+    // may have moved.
+    m_screen = *screen;
+    m_window->platformWindow().setFrame(m_screen.displayNumber, m_screen.frame);
+    if (auto* container = m_window->contentView()) {
+        container->move(m_webView->view(), webViewFrame());
+        if (m_notchBar)
+            container->move(*m_notchBar, notchBarFrame());
     }
     installCoverWindows(m_screen);
     m_window->makeKeyAndOrderFront();

@@ -16,7 +16,7 @@ public:
     virtual ProcessId currentProcess() const = 0;
 
     /// The processes that run under `identifier`, this one included.
-    virtual std::vector<ProcessId> list(const std::string& identifier) const = 0;
+    virtual std::vector<ProcessId> list(const std::string& identifier) = 0;
 
     /// Asks that process to bring all its windows to the front. One that hangs does so when it can
     /// again.

@@ -232,6 +232,15 @@ namespace {
         EXPECT_EQ(state().autoStartCountdown.get(), std::nullopt);
     }
 
+    TEST_F(AppStateTest, AnotherLaunchBringsTheSetupForwardButNotDuringARun)
+    {
+        state().settings.set(siteSettings());
+        const auto running = delegate();
+        EXPECT_TRUE(running.applicationShouldHandleReopen());
+        state().launchKiosk();
+        EXPECT_FALSE(running.applicationShouldHandleReopen());
+    }
+
     TEST_F(AppStateTest, SetupSaysWhatIsMissingAndSealsOnce)
     {
         SetupView view(state());

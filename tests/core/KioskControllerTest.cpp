@@ -150,6 +150,14 @@ namespace {
         EXPECT_EQ(kioskWindow().spec.frame, (Rect { 1512, 0, 1024, 768 }));
         EXPECT_EQ(kioskWindow().content->views.front().frame, (Rect { 0, -1, 1024, 769 }));
 
+        // Frames tell places beside the main screen: the same one may be another place now.
+        journal.take();
+        screens.plugIn({ 8, "Wall", { 1512, 0, 1024, 768 }, 0 });
+        EXPECT_EQ(journal.take(),
+            (Lines { "kiosk window frame 1512,0 1024x768", "cover 7 frame 0,0 1512x982",
+                "cover 7 front", "cover 9 frame 2312,0 640x480", "cover 9 front",
+                "kiosk window key and front" }));
+
         screens.unplug(8);
         EXPECT_EQ(kioskWindow().spec.displayNumber, 7U);
         EXPECT_EQ(coveredDisplays(), (std::vector { 9U }));
@@ -188,6 +196,13 @@ namespace {
         screens.plugIn({ 8, "Wall", { 1512, 0, 800, 600 }, 0 });
         ASSERT_TRUE(start(siteSettings()));
         EXPECT_TRUE(coveredDisplays().empty());
+        controller->stop();
+
+        // Nor does a cover hide the page on a screen that mirrors the kiosk's.
+        windows.coversScreens = true;
+        screens.plugIn({ 9, "Mirror", { 0, 0, 800, 600 }, 0 });
+        ASSERT_TRUE(start(siteSettings()));
+        EXPECT_EQ(coveredDisplays(), (std::vector { 8U }));
     }
 
     TEST_F(KioskControllerTest, FiltersKeys)

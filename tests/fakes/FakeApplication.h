@@ -41,10 +41,10 @@ private:
 struct FakeRunningApplications final : RunningApplications {
     std::vector<ProcessId> processes { 100 };
     std::vector<ProcessId> activated;
-    mutable std::string askedFor;
+    std::string askedFor;
 
     ProcessId currentProcess() const override { return 100; }
-    std::vector<ProcessId> list(const std::string& identifier) const override
+    std::vector<ProcessId> list(const std::string& identifier) override
     {
         askedFor = identifier;
         return processes;

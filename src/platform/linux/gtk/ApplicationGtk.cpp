@@ -1,5 +1,7 @@
 #include "platform/linux/gtk/ApplicationGtk.h"
 
+#include "platform/linux/gtk/Toplevel.h"
+
 #include <algorithm>
 #include <gdk/wayland/gdkwayland.h>
 
@@ -72,8 +74,6 @@ void ApplicationGtk::bringVisibleWindowsForward()
 
 void ApplicationGtk::activateAllWindows(const std::string& token)
 {
-    if (!m_sealedWindows.empty())
-        return;
     for (auto* window : m_windows) {
         if (!token.empty())
             gtk_window_set_startup_id(window->gobj(), token.c_str());
@@ -97,6 +97,7 @@ void ApplicationGtk::terminate()
 void ApplicationGtk::addWindow(Gtk::Window& window)
 {
     m_windows.push_back(&window);
+    refuseInspector(window);
     window.signal_close_request().connect(
         [this] { return contains(m_options, PresentationOptions::DisableForceQuit); }, false);
 }
@@ -104,6 +105,7 @@ void ApplicationGtk::addWindow(Gtk::Window& window)
 void ApplicationGtk::addSealedWindow(Gtk::Window& window)
 {
     m_sealedWindows.push_back(&window);
+    refuseInspector(window);
     window.signal_map().connect([this, &window] {
         inhibitShortcuts(window, contains(m_options, PresentationOptions::DisableProcessSwitching));
     });

@@ -32,7 +32,7 @@ public:
     void removeSealedWindow(Gtk::Window&);
 
     /// Brings the setup's windows to the front, with a token of the launcher that asked for it; it
-    /// may be empty. During a run nothing changes.
+    /// may be empty.
     void activateAllWindows(const std::string& token);
 
 private:

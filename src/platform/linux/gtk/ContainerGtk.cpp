@@ -26,6 +26,8 @@ void ContainerGtk::setPlane(double width, double height)
 void ContainerGtk::add(View& view, Rect frame, Autoresizing autoresizing)
 {
     auto& child = widgetOf(view);
+    // An earlier view that is gone may have had the same address.
+    std::erase_if(m_placements, [&](const Placement& old) { return old.widget == &child; });
     m_placements.push_back({ &child, frame, m_planeWidth, m_planeHeight, autoresizing });
     m_overlay.add_overlay(child);
 }

@@ -72,6 +72,14 @@ namespace {
         }
     }
 
+    /// F7 makes the text widget that the engine feeds its keys to abort the program; Menu and
+    /// Shift+F10 make it open a menu over the page, without asking anybody.
+    bool isToolkitKey(GdkEvent* event)
+    {
+        const auto symbol = gdk_key_event_get_keyval(event);
+        return symbol == GDK_KEY_F7 || symbol == GDK_KEY_Menu || symbol == GDK_KEY_F10;
+    }
+
     ModifierFlags without(ModifierFlags flags, ModifierFlags removed)
     {
         return static_cast<ModifierFlags>(
@@ -80,15 +88,18 @@ namespace {
 
 } // namespace
 
-void EventMonitorsGtk::attach(Gtk::Window& window)
+void EventMonitorsGtk::attach(Gtk::Window& window, Keys keys)
 {
     auto* controller = gtk_event_controller_legacy_new();
     gtk_event_controller_set_propagation_phase(controller, GTK_PHASE_CAPTURE);
-    g_signal_connect(controller, "event",
-        G_CALLBACK(+[](GtkEventControllerLegacy*, GdkEvent* event, gpointer self) -> gboolean {
-            return static_cast<EventMonitorsGtk*>(self)->handle(event);
-        }),
-        this);
+    const auto callback = keys == Keys::all
+        ? G_CALLBACK(+[](GtkEventController*, GdkEvent* event, gpointer self) -> gboolean {
+              return static_cast<EventMonitorsGtk*>(self)->handle(event, Keys::all);
+          })
+        : G_CALLBACK(+[](GtkEventController*, GdkEvent* event, gpointer self) -> gboolean {
+              return static_cast<EventMonitorsGtk*>(self)->handle(event, Keys::withoutToolkits);
+          });
+    g_signal_connect(controller, "event", callback, this);
     gtk_widget_add_controller(GTK_WIDGET(window.gobj()), controller);
     // Releases that happen elsewhere are never seen here.
     window.property_is_active().signal_changed().connect([this] { forgetKeys(); });
@@ -99,6 +110,7 @@ void EventMonitorsGtk::forgetKeys()
     m_downKeys.clear();
     m_swallowedKeys.clear();
     m_commandKeys.clear();
+    m_judged.clear();
 }
 
 Handle EventMonitorsGtk::addLocalMonitor(EventMask mask, Handler handler)
@@ -108,7 +120,7 @@ Handle EventMonitorsGtk::addLocalMonitor(EventMask mask, Handler handler)
     return Handle([monitors = m_monitors, id] { monitors->erase(id); });
 }
 
-bool EventMonitorsGtk::handle(GdkEvent* event)
+bool EventMonitorsGtk::handle(GdkEvent* event, Keys keys)
 {
     const auto type = gdk_event_get_event_type(event);
     if (type == GDK_KEY_PRESS || type == GDK_KEY_RELEASE) {
@@ -116,7 +128,8 @@ bool EventMonitorsGtk::handle(GdkEvent* event)
             m_judged, event, [](const Judged& judged) { return judged.event.get(); });
         if (known != m_judged.end())
             return known->wasSwallowed;
-        const bool isSwallowed = handleKey(event, type == GDK_KEY_PRESS);
+        const bool isSwallowed = handleKey(event, type == GDK_KEY_PRESS)
+            || (keys == Keys::withoutToolkits && isToolkitKey(event));
         if (m_judged.size() >= judgedEvents)
             m_judged.pop_front();
         m_judged.push_back(

@@ -14,8 +14,14 @@ namespace quillox {
 /// whose press was swallowed is swallowed too, so that pages see presses and releases in pairs.
 class EventMonitorsGtk final : public EventMonitors {
 public:
+    enum class Keys {
+        all,
+        withoutToolkits, ///< Keys that open something of the toolkit's, or break it, reach no
+                         ///< widget.
+    };
+
     /// Until the window is destroyed.
-    void attach(Gtk::Window&);
+    void attach(Gtk::Window&, Keys = Keys::all);
 
     Handle addLocalMonitor(EventMask, Handler) override;
 
@@ -35,7 +41,7 @@ private:
         bool wasSwallowed;
     };
 
-    bool handle(GdkEvent*);
+    bool handle(GdkEvent*, Keys);
     bool handleKey(GdkEvent*, bool isPress);
     Verdict ask(const Event&);
     void forgetKeys();

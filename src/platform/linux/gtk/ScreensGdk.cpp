@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <gdk/x11/gdkx.h>
+#include <sstream>
 #include <string_view>
 
 namespace quillox {
@@ -55,11 +56,19 @@ namespace {
             && area.height > 0;
     }
 
-    double configuredSafeArea()
+    /// QUILLOX_SAFE_AREA_TOP is a list such as "eDP-1=32,HDMI-1=0": connectors and points.
+    double safeAreaOf(GdkMonitor* monitor)
     {
-        const auto* text = std::getenv("QUILLOX_SAFE_AREA_TOP");
-        const double points = text ? std::strtod(text, nullptr) : 0;
-        return std::isfinite(points) && points > 0 ? points : 0;
+        const auto* configured = std::getenv("QUILLOX_SAFE_AREA_TOP");
+        const auto wanted = std::string(orEmpty(gdk_monitor_get_connector(monitor))) + "=";
+        std::istringstream entries(configured ? configured : "");
+        for (std::string entry; std::getline(entries, entry, ',');) {
+            if (!entry.starts_with(wanted))
+                continue;
+            const double points = std::strtod(entry.c_str() + wanted.size(), nullptr);
+            return std::isfinite(points) && points > 0 ? points : 0;
+        }
+        return 0;
     }
 
 } // namespace
@@ -71,7 +80,7 @@ ScreensGdk::ScreensGdk(RunLoop& runLoop)
     m_modelHandler = g_signal_connect_swapped(m_model, "items-changed",
         G_CALLBACK(+[](ScreensGdk* self) { self->handleMonitorsChanged(); }), this);
     watchMonitors();
-    m_reported = list();
+    m_reported = arrangement();
 }
 
 ScreensGdk::~ScreensGdk()
@@ -124,14 +133,16 @@ Screen ScreensGdk::screenFor(GdkMonitor* monitor) const
             .y = static_cast<double>(main.y + main.height - area.y - area.height),
             .width = static_cast<double>(area.width),
             .height = static_cast<double>(area.height) },
-        .safeAreaTop = configuredSafeArea(),
+        .safeAreaTop = safeAreaOf(monitor),
     };
 }
 
 GdkRectangle ScreensGdk::toGdk(const Rect& frame) const
 {
-    const auto main = mainGeometry();
     const auto whole = [](double value) { return static_cast<int>(std::lround(value)); };
+    if (!mainMonitor())
+        return { 0, 0, whole(frame.width), whole(frame.height) };
+    const auto main = mainGeometry();
     return { whole(frame.x) + main.x, main.y + main.height - whole(frame.y) - whole(frame.height),
         whole(frame.width), whole(frame.height) };
 }
@@ -142,6 +153,19 @@ std::vector<Screen> ScreensGdk::list() const
     for (auto* monitor : monitors())
         screens.push_back(screenFor(monitor));
     return screens;
+}
+
+std::vector<std::pair<Screen, Rect>> ScreensGdk::arrangement() const
+{
+    std::vector<std::pair<Screen, Rect>> arrangement;
+    for (auto* monitor : monitors()) {
+        GdkRectangle area {};
+        gdk_monitor_get_geometry(monitor, &area);
+        arrangement.emplace_back(screenFor(monitor),
+            Rect { static_cast<double>(area.x), static_cast<double>(area.y),
+                static_cast<double>(area.width), static_cast<double>(area.height) });
+    }
+    return arrangement;
 }
 
 std::optional<Screen> ScreensGdk::mainScreen() const
@@ -189,7 +213,7 @@ void ScreensGdk::handleMonitorsChanged()
 void ScreensGdk::reportWhenSettled()
 {
     m_settleTimer = m_runLoop.after(settleTime, [this] {
-        auto present = list();
+        auto present = arrangement();
         if (present == m_reported)
             return;
         m_reported = std::move(present);

@@ -41,12 +41,14 @@ private:
     void unwatchMonitors();
     void handleMonitorsChanged();
     void reportWhenSettled();
+    std::vector<std::pair<Screen, Rect>> arrangement() const;
 
     RunLoop& m_runLoop;
     GListModel* m_model; ///< The display's own.
     gulong m_modelHandler = 0;
     std::vector<Watch> m_watches;
-    std::vector<Screen> m_reported;
+    /// What was told last: each screen, and where it is in the toolkit's plane.
+    std::vector<std::pair<Screen, Rect>> m_reported;
     Handle m_settleTimer;
     Published<int> m_changes { 0 };
 };

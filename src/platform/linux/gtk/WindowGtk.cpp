@@ -26,7 +26,7 @@ WindowGtk::WindowGtk(const WindowSpec& spec, WindowPlacement& placement,
     // In a group of its own, no modal dialog of the setup can keep input from it.
     const GObjectOwner<GtkWindowGroup> group(gtk_window_group_new());
     gtk_window_group_add_window(group.get(), m_window->gobj());
-    monitors.attach(*m_window);
+    monitors.attach(*m_window, EventMonitorsGtk::Keys::withoutToolkits);
     m_placement.prepare(*m_window);
     m_application.addSealedWindow(*m_window);
 }
@@ -34,7 +34,7 @@ WindowGtk::WindowGtk(const WindowSpec& spec, WindowPlacement& placement,
 WindowGtk::~WindowGtk()
 {
     m_window->unset_child();
-    m_window->set_visible(false);
+    m_placement.hide(*m_window);
     m_application.removeSealedWindow(*m_window);
 }
 
@@ -81,7 +81,7 @@ void WindowGtk::show(bool withKeyboard)
 
 void WindowGtk::orderOut()
 {
-    m_window->set_visible(false);
+    m_placement.hide(*m_window);
 }
 
 void WindowGtk::makeFirstResponder(View& view)

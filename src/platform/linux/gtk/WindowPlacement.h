@@ -23,6 +23,9 @@ public:
     /// Shows the window over exactly that frame, or moves it there, above all others.
     virtual void cover(Gtk::Window&, std::uint32_t displayNumber, const Rect& frame) = 0;
 
+    /// Takes the window off the screen; it no longer asks for the keyboard then.
+    virtual void hide(Gtk::Window&) = 0;
+
     /// Gives the keyboard to a window that is shown, also while another application has it.
     virtual void takeKeyboard(Gtk::Window&) = 0;
 

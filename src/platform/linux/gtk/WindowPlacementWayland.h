@@ -14,6 +14,7 @@ public:
 
     void prepare(Gtk::Window&) override { }
     void cover(Gtk::Window&, std::uint32_t displayNumber, const Rect& frame) override;
+    void hide(Gtk::Window& window) override { window.set_visible(false); }
     void takeKeyboard(Gtk::Window&) override;
     void present(Gtk::Window&) override;
     bool canCoverSeparateScreens() const override;

@@ -37,11 +37,10 @@ void WindowPlacementX11::prepare(Gtk::Window& window)
     XChangeWindowAttributes(m_display, xidOf(window), CWOverrideRedirect, &attributes);
 }
 
-void WindowPlacementX11::cover(Gtk::Window& window, std::uint32_t displayNumber, const Rect& frame)
+void WindowPlacementX11::cover(Gtk::Window& window, std::uint32_t, const Rect& frame)
 {
     auto area = m_screens.toGdk(frame);
-    auto* monitor = m_screens.monitor(displayNumber);
-    const int scale = monitor ? gdk_monitor_get_scale_factor(monitor) : 1;
+    const int scale = window.get_scale_factor();
     const auto place = [&] {
         XMoveResizeWindow(m_display, xidOf(window), area.x * scale, area.y * scale,
             static_cast<unsigned>(area.width * scale), static_cast<unsigned>(area.height * scale));
@@ -57,6 +56,12 @@ void WindowPlacementX11::cover(Gtk::Window& window, std::uint32_t displayNumber,
 void WindowPlacementX11::takeKeyboard(Gtk::Window& window)
 {
     keepTryingFor(xidOf(window), focusAttempts);
+}
+
+void WindowPlacementX11::hide(Gtk::Window& window)
+{
+    m_retry.reset();
+    window.set_visible(false);
 }
 
 bool WindowPlacementX11::setFocus(::Window window)

@@ -15,6 +15,7 @@ public:
 
     void prepare(Gtk::Window&) override;
     void cover(Gtk::Window&, std::uint32_t displayNumber, const Rect& frame) override;
+    void hide(Gtk::Window&) override;
     void takeKeyboard(Gtk::Window&) override;
     void present(Gtk::Window&) override;
     bool canCoverSeparateScreens() const override { return true; }

@@ -75,6 +75,14 @@ namespace {
         return FileDescriptor();
     }
 
+    struct flock wholeFile()
+    {
+        struct flock lock { };
+        lock.l_type = F_WRLCK;
+        lock.l_whence = SEEK_SET;
+        return lock;
+    }
+
     std::string launchToken()
     {
         for (const auto* name : { "XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID" }) {
@@ -107,17 +115,28 @@ RunningApplicationsSocket::RunningApplicationsSocket(
               ? -1
               : open(path(".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600))
 {
-    struct flock lock { };
-    lock.l_type = F_WRLCK;
-    lock.l_whence = SEEK_SET;
     if (!m_lock) {
         m_log.write(fmt::format(
             "Quillox: no single-instance lock in '{}': {}.", m_folder, std::strerror(errno)));
         return;
     }
+    becomeFirst();
+}
+
+bool RunningApplicationsSocket::becomeFirst()
+{
+    auto lock = wholeFile();
     m_isFirst = fcntl(m_lock.get(), F_SETLK, &lock) == 0;
     if (m_isFirst)
         listen();
+    return m_isFirst;
+}
+
+ProcessId RunningApplicationsSocket::lockHolder() const
+{
+    auto lock = wholeFile();
+    const bool isHeld = fcntl(m_lock.get(), F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+    return isHeld ? lock.l_pid : 0;
 }
 
 RunningApplicationsSocket::~RunningApplicationsSocket()
@@ -136,17 +155,15 @@ ProcessId RunningApplicationsSocket::currentProcess() const
     return getpid();
 }
 
-std::vector<ProcessId> RunningApplicationsSocket::list(const std::string& identifier) const
+std::vector<ProcessId> RunningApplicationsSocket::list(const std::string& identifier)
 {
     if (identifier != m_identifier)
         return {};
-    struct flock lock { };
-    lock.l_type = F_WRLCK;
-    lock.l_whence = SEEK_SET;
-    const bool isHeldElsewhere = !m_isFirst && m_lock && fcntl(m_lock.get(), F_GETLK, &lock) == 0
-        && lock.l_type != F_UNLCK;
-    if (isHeldElsewhere)
-        return { lock.l_pid, getpid() };
+    // The first copy may have ended since; then this one takes its place.
+    while (m_lock && !m_isFirst && !becomeFirst()) {
+        if (const auto holder = lockHolder())
+            return { holder, getpid() };
+    }
     return { getpid() };
 }
 

@@ -31,11 +31,13 @@ public:
     void setOnActivate(std::function<void(const std::string& token)> onActivate);
 
     ProcessId currentProcess() const override;
-    std::vector<ProcessId> list(const std::string& identifier) const override;
+    std::vector<ProcessId> list(const std::string& identifier) override;
     void activateAllWindows(ProcessId) override;
 
 private:
     std::string path(const char* suffix) const { return m_folder + "/" + m_identifier + suffix; }
+    bool becomeFirst();
+    ProcessId lockHolder() const;
     void listen();
     void acceptConnection();
     void answer(int connection);
