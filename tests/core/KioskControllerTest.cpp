@@ -50,7 +50,7 @@ namespace {
                 "make kiosk window at 0,0 1512x982", "add view at 0,-1 1512x951", "make notch bar",
                 "add view at 0,950 1512x32", "make offline notice", "add view at 0,0 1512x982",
                 "watch network", "make hold indicator at 0", "add view at 0,0 1512x982",
-                "install nav bar, inset 32, notch 32", "kiosk window content",
+                "make nav bar, inset 32, notch 32", "kiosk window content",
                 "kiosk window key and front", "activate", "make cover 8 at 1512,0 800x600",
                 "cover 8 frame 1512,0 800x600", "cover 8 front", "presentation 0x3fa",
                 "key lock on", "hot keys off", "stay awake",

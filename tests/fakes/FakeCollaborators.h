@@ -13,38 +13,31 @@ struct FakeView final : View { };
 
 /// Everything that can join a run. Each notes in the journal what the run asks of it.
 class FakeCollaborators {
-public:
-    explicit FakeCollaborators(Journal& log)
-        : journal(log)
-    {
-    }
-
-    RunCollaborators all()
-    {
-        return { &keyLock, &hotKeys, &sleep, &idleWatch, &usage, &connectivity, &holdFeedback,
-            &navigationAids, &exitPrompts };
-    }
-
-    Journal& journal;
-
-    struct Lock final : KeyLock {
+    template <typename Interface> struct Noting : Interface {
+        explicit Noting(Journal& log)
+            : journal(log)
+        {
+        }
         Journal& journal;
+
+        std::unique_ptr<View> made(std::string what)
+        {
+            journal.add("make " + what);
+            return std::make_unique<FakeView>();
+        }
+    };
+
+    struct Lock final : Noting<KeyLock> {
+        using Noting::Noting;
         std::function<void()> exitCombo;
         std::function<void(double)> holdProgress;
         bool takesHold = true;
         bool isHeld = false;
 
-        explicit Lock(Journal& log)
-            : journal(log)
-        {
-        }
-        void setOnExitCombo(std::function<void()> callback) override
-        {
-            exitCombo = std::move(callback);
-        }
+        void setOnExitCombo(std::function<void()> callback) override { exitCombo = callback; }
         void setOnHoldProgress(std::function<void(double)> callback) override
         {
-            holdProgress = std::move(callback);
+            holdProgress = callback;
         }
         bool start() override
         {
@@ -57,102 +50,67 @@ public:
             isHeld = false;
         }
         bool isRunning() const override { return isHeld; }
-    } keyLock { journal };
+    };
 
-    struct HotKeys final : HotKeyGuard {
-        Journal& journal;
-        explicit HotKeys(Journal& log)
-            : journal(log)
-        {
-        }
+    struct HotKeys final : Noting<HotKeyGuard> {
+        using Noting::Noting;
         void disable() override { journal.add("hot keys off"); }
         void restore() override { journal.add("hot keys on"); }
-    } hotKeys { journal };
+    };
 
-    struct Sleep final : SleepGuard {
-        Journal& journal;
-        explicit Sleep(Journal& log)
-            : journal(log)
-        {
-        }
+    struct Sleep final : Noting<SleepGuard> {
+        using Noting::Noting;
         void start() override { journal.add("stay awake"); }
         void stop() override { journal.add("may sleep"); }
-    } sleep { journal };
+    };
 
-    struct Idle final : IdleWatch {
-        Journal& journal;
-        explicit Idle(Journal& log)
-            : journal(log)
-        {
-        }
+    struct Idle final : Noting<IdleWatch> {
+        using Noting::Noting;
         void start(const KioskSettings&, const Url& home, WebView&) override
         {
             journal.add("watch idle, home " + home.text());
         }
         void stop() override { journal.add("idle watch ends"); }
-    } idleWatch { journal };
+    };
 
-    struct Usage final : UsageTracking {
-        Journal& journal;
-        explicit Usage(Journal& log)
-            : journal(log)
-        {
-        }
+    struct Usage final : Noting<UsageTracking> {
+        using Noting::Noting;
         void begin(const std::string& source, std::chrono::seconds gap) override
         {
             journal.add(fmt::format("count {}, gap {}", source, gap.count()));
         }
         void end() override { journal.add("counting ends"); }
-    } usage { journal };
+    };
 
-    struct Network final : Connectivity {
-        Journal& journal;
-        explicit Network(Journal& log)
-            : journal(log)
-        {
-        }
-        std::unique_ptr<View> makeOfflineNotice() override
-        {
-            journal.add("make offline notice");
-            return std::make_unique<FakeView>();
-        }
+    struct Network final : Noting<Connectivity> {
+        using Noting::Noting;
+        std::unique_ptr<View> makeOfflineNotice() override { return made("offline notice"); }
         void startNetworkMonitor(WebView&) override { journal.add("watch network"); }
         void stopNetworkMonitor() override { journal.add("network watch ends"); }
-    } connectivity { journal };
+    };
 
-    struct Hold final : HoldFeedback {
-        Journal& journal;
+    struct Hold final : Noting<HoldFeedback> {
+        using Noting::Noting;
         double progress = -1;
-        explicit Hold(Journal& log)
-            : journal(log)
-        {
-        }
         void setProgress(double value) override { progress = value; }
         std::unique_ptr<View> makeIndicator() override
         {
-            journal.add(fmt::format("make hold indicator at {}", progress));
-            return std::make_unique<FakeView>();
+            return made(fmt::format("hold indicator at {}", progress));
         }
-    } holdFeedback { journal };
+    };
 
-    struct Aids final : NavigationAids {
-        Journal& journal;
-        explicit Aids(Journal& log)
-            : journal(log)
-        {
-        }
+    struct Aids final : Noting<NavigationAids> {
+        using Noting::Noting;
         std::unique_ptr<View> makeNotchBar(const KioskSettings&, WebView&) override
         {
-            journal.add("make notch bar");
-            return std::make_unique<FakeView>();
+            return made("notch bar");
         }
         std::unique_ptr<View> installNavBar(
             const KioskSettings&, Container&, WebView&, double topInset, double notchTop) override
         {
-            journal.add(fmt::format("install nav bar, inset {}, notch {}", topInset, notchTop));
-            return std::make_unique<FakeView>();
+            return made(fmt::format("nav bar, inset {}, notch {}", topInset, notchTop));
         }
-    } navigationAids { journal };
+    };
 
     struct Prompts final : ExitPrompts {
         std::optional<Request> request;
@@ -163,7 +121,36 @@ public:
             ++prompts;
             return std::make_unique<FakeView>();
         }
-    } exitPrompts;
+    };
+
+public:
+    explicit FakeCollaborators(Journal& journal)
+        : keyLock(journal)
+        , hotKeys(journal)
+        , sleep(journal)
+        , idleWatch(journal)
+        , usage(journal)
+        , connectivity(journal)
+        , holdFeedback(journal)
+        , navigationAids(journal)
+    {
+    }
+
+    RunCollaborators all()
+    {
+        return { &keyLock, &hotKeys, &sleep, &idleWatch, &usage, &connectivity, &holdFeedback,
+            &navigationAids, &exitPrompts };
+    }
+
+    Lock keyLock;
+    HotKeys hotKeys;
+    Sleep sleep;
+    Idle idleWatch;
+    Usage usage;
+    Network connectivity;
+    Hold holdFeedback;
+    Aids navigationAids;
+    Prompts exitPrompts;
 };
 
 } // namespace quillox
