@@ -189,8 +189,9 @@ def summary(clients: list[Client], paints: list[dict], rests: list[dict]) -> dic
     for client in clients:
         for figure, _ in FIGURES:
             values = column(paints if figure == "first_paint" else rests, client.name, figure)
-            result.setdefault(client.name, {})[figure] = {
-                "median": statistics.median(values), "min": min(values), "max": max(values)}
+            if values:
+                result.setdefault(client.name, {})[figure] = {
+                    "median": statistics.median(values), "min": min(values), "max": max(values)}
     return result
 
 
@@ -198,7 +199,7 @@ def report(result: dict) -> str:
     lines = ["", f"{'median (range)':<14}" + "".join(f"{title:>26}" for _, title in FIGURES)]
     for name, figures in result["clients"].items():
         cells = [f"{one['median']:.4g} ({one['min']:.3g}-{one['max']:.3g})"
-                 for one in (figures[figure] for figure, _ in FIGURES)]
+                 if (one := figures.get(figure)) else "" for figure, _ in FIGURES]
         lines.append(f"{name:<14}" + "".join(f"{cell:>26}" for cell in cells))
     lines.append("")
     for row in result["reaches"]:

@@ -13,6 +13,7 @@
 #include "platform/linux/system/RunCommandLine.h"
 #include "platform/linux/system/RunningApplicationsSocket.h"
 #include "platform/linux/system/SystemLogStderr.h"
+#include "support/Lifetime.h"
 #include "ui/AutoStartCountdownOverlay.h"
 #include "ui/SetupView.h"
 
@@ -20,6 +21,7 @@
 #include <filesystem>
 #include <fmt/format.h>
 #include <glib-unix.h>
+#include <glibmm/main.h>
 #include <iostream>
 #include <unistd.h>
 
@@ -87,6 +89,8 @@ namespace {
                 },
                 false);
             m_platform.placement->present(window);
+            Glib::signal_idle().connect_once(
+                m_lifetime.guard([this] { m_platform.webEngine.prepare(); }), Glib::PRIORITY_LOW);
             m_instances.setOnActivate([this](const std::string& token) {
                 if (m_delegate.applicationShouldHandleReopen())
                     m_platform.application.activateAllWindows(token);
@@ -103,6 +107,7 @@ namespace {
         SetupView m_setupView { m_state };
         AutoStartCountdownOverlay m_countdown { m_state };
         std::unique_ptr<SetupWindowGtk> m_setup;
+        Lifetime m_lifetime;
     };
 
     gboolean terminateOnSignal(gpointer program)

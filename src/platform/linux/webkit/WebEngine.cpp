@@ -29,12 +29,24 @@ WebKitNetworkSession* WebEngine::session()
     return m_session.get();
 }
 
-std::unique_ptr<WebView> WebEngine::makeWebView(const WebViewConfiguration& configuration)
+WebKitWebContext* WebEngine::context()
 {
     if (!m_context)
         m_context.reset(webkit_web_context_new());
-    m_schemes.serve(m_context.get(), configuration.schemeHandlers);
-    return std::make_unique<WebViewWebKit>(m_context.get(), session(), configuration, m_runLoop);
+    return m_context.get();
+}
+
+void WebEngine::prepare()
+{
+    context();
+    // Any request starts the network process; this one stays on the machine.
+    webkit_network_session_prefetch_dns(session(), "localhost");
+}
+
+std::unique_ptr<WebView> WebEngine::makeWebView(const WebViewConfiguration& configuration)
+{
+    m_schemes.serve(context(), configuration.schemeHandlers);
+    return std::make_unique<WebViewWebKit>(context(), session(), configuration, m_runLoop);
 }
 
 } // namespace quillox
