@@ -83,9 +83,10 @@ namespace {
             application.addWindow(window);
             window.signal_close_request().connect(
                 [&application] {
-                    if (AppDelegate::applicationShouldTerminateAfterLastWindowClosed())
-                        application.terminate();
-                    return false;
+                    if (!AppDelegate::applicationShouldTerminateAfterLastWindowClosed())
+                        return false;
+                    application.terminate(); // Which takes the window down with everything else.
+                    return true;
                 },
                 false);
             m_platform.placement->present(window);
