@@ -3,7 +3,7 @@
 import os
 
 import pytest
-from rig.processes import descendants, proportional_memory, status
+from rig.processes import anonymous_memory, descendants, status
 from rig.waiting import wait_for
 
 SANITIZED = os.environ.get("QUILLOX_SANITIZED") == "1"
@@ -28,7 +28,7 @@ def test_many_runs_leave_nothing_behind(bed):
     assert last["threads"] <= warm["threads"] + 2
     if not SANITIZED:
         assert last["resident"] <= warm["resident"] + GROWTH
-        assert last["proportional"] <= warm["proportional"] + GROWTH
+        assert last["anonymous"] <= warm["anonymous"] + GROWTH
     bed.close()
     wait_for("end of all processes", lambda: set(bed.home.processes()) == before)
 
@@ -42,4 +42,4 @@ def settled(bed):
     children = descendants(pid)
     return {"kept": (len(bed.display.all_windows()), sorted(children.values())),
             "threads": status(pid, "Threads"), "resident": status(pid, "VmRSS"),
-            "proportional": proportional_memory([pid, *children])}
+            "anonymous": anonymous_memory([pid, *children])}

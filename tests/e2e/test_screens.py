@@ -29,10 +29,29 @@ def test_run_survives_screens_that_come_and_go(bed):
 
 
 @pytest.mark.on("three outputs")
-def test_primary_screen_is_taken_without_a_choice(bed):
+def test_primary_screen_is_taken_without_a_choice_and_may_move(bed):
     bed.display.plug("DUMMY2", "1280x720", "1024x0", "--primary")
     bed.start()
     bed.wait_sealed("DUMMY2")
+    bed.display.run("xrandr", "--output", "DUMMY0", "--off", "--output", "DUMMY2", "--pos", "0x0", "--primary",
+                    "--output", "DUMMY1", "--pos", "1280x0")
+    bed.wait_sealed("DUMMY2")
+    bed.unseal()
+
+
+@pytest.mark.on("three outputs")
+def test_screens_that_mirror_the_kiosks_show_the_page(bed):
+    screens = bed.display
+    screens.plug("DUMMY2", "800x600", "2304x0")
+    bed.choose("DUMMY1")
+    bed.start()
+    bed.wait_sealed("DUMMY1")
+
+    for output, mode, position in (("DUMMY2", "1280x720", "1024x0"), ("DUMMY0", "640x480", "2304x0"),
+                                   ("DUMMY2", "1280x720", "2304x0")):
+        screens.plug(output, mode, position)
+        bed.wait_sealed("DUMMY1")
+    bed.unseal()
 
 
 @pytest.mark.on("sway, two outputs")

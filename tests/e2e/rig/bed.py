@@ -9,7 +9,6 @@ import tempfile
 from pathlib import Path
 
 import pytest
-from PIL import Image
 
 from . import wayland, x11
 from .home import Home, needs
@@ -38,7 +37,7 @@ class Bed:
         self.site = Site()
         self.home = Home()
         self.home.environment.update(
-            GDK_DEBUG="gl-disable",
+            QUILLOX_GL="off",
             ASAN_OPTIONS="detect_leaks=1:fast_unwind_on_malloc=0", UBSAN_OPTIONS="halt_on_error=1:print_stacktrace=1",
             LSAN_OPTIONS=f"suppressions={SUPPRESSIONS}:print_suppressions=0")
         self.defaults = self.home.subfolder("config_home/Quillox") / "defaults.json"
@@ -82,18 +81,19 @@ class Bed:
         picture = self.display.picture(output)
         return picture == page_picture(picture.size)
 
-    def is_black(self, output):
-        picture = self.display.picture(output)
-        return picture == Image.new("RGB", picture.size)
+    def is_sealed(self, output=None):
+        outputs = self.display.outputs()
+        kiosk = output or next(iter(outputs))
+        if kiosk not in outputs:
+            return False
+        left, top, *size = outputs[kiosk]
+        page = page_picture(size)
+        return all(self.display.picture(name) == page.crop((x - left, y - top, x - left + width, y - top + height))
+                   for name, (x, y, width, height) in outputs.items())
 
     def wait_sealed(self, output=None):
-        """Until `output` shows the page edge to edge, and nothing else is visible on the others."""
-        def sealed():
-            outputs = self.display.outputs()
-            kiosk = output or next(iter(outputs))
-            return kiosk in outputs and self.shows_page(kiosk) and all(
-                self.is_black(other) for other in outputs if other != kiosk)
-        wait_for(f"page on {output or 'the screen'}, black elsewhere", sealed)
+        """Until `output` shows the page edge to edge; others show of it what they mirror, and are black beside it."""
+        wait_for(f"page on {output or 'the screen'}, black elsewhere", lambda: self.is_sealed(output))
         assert self.process.poll() is None
 
     def seal(self):
@@ -106,8 +106,10 @@ class Bed:
         self.wait_unsealed()
 
     def wait_unsealed(self):
-        wait_for("setup window", self.display.setup_window)
-        assert not any(self.shows_page(output) for output in self.display.outputs())
+        """Until the setup window is all that the program shows; it also stays where it is during a run."""
+        wait_for("setup window and no page", lambda: (
+            not self.display.sealed_windows(self.process.pid) and self.display.setup_window()
+            and not any(self.shows_page(output) for output in self.display.outputs())))
 
     def close(self):
         """Closes the setup window; the program ends by itself, without complaints of a sanitizer."""

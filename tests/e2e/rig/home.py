@@ -5,6 +5,7 @@ import shutil
 import signal
 import subprocess
 import tempfile
+from contextlib import suppress
 from pathlib import Path
 
 import pytest
@@ -75,16 +76,14 @@ class Home:
         """Every living process of this home, also those that left their parents."""
         mark = f"QUILLOX_E2E_HOME={self.folder}\0".encode()
         for entry in Path("/proc").iterdir():
-            try:
+            with suppress(OSError):  # It ended meanwhile, or belongs to somebody else.
                 if entry.name.isdigit() and mark in (entry / "environ").read_bytes():
                     yield int(entry.name)
-            except OSError:
-                pass  # It ended meanwhile, or belongs to somebody else.
 
     def end(self):
         for process in reversed(self._started):
             if process.poll() is None:
-                _kill(os.killpg, process.pid)
+                os.killpg(process.pid, signal.SIGKILL)
             process.wait()
         wait_for("end of all processes", self._killed)
         shutil.rmtree(self.folder, ignore_errors=True)
@@ -92,12 +91,6 @@ class Home:
     def _killed(self):
         left = list(self.processes())
         for pid in left:
-            _kill(os.kill, pid)
+            with suppress(ProcessLookupError):
+                os.kill(pid, signal.SIGKILL)
         return not left
-
-
-def _kill(kill, number):
-    try:
-        kill(number, signal.SIGKILL)
-    except ProcessLookupError:
-        pass

@@ -1,44 +1,34 @@
 """What the system says about processes."""
 
+import re
+from contextlib import suppress
 from pathlib import Path
 
 
 def descendants(pid):
     """Process ids and names of all that `pid` started, directly or not; zombies too."""
     children = {}
-    names = {}
     for entry in Path("/proc").glob("[0-9]*/stat"):
-        try:
-            head, _, tail = entry.read_text().rpartition(")")
-        except OSError:
-            continue
-        number, _, name = head.partition(" (")
-        names[int(number)] = name
-        children.setdefault(int(tail.split()[1]), []).append(int(number))
-    found = {}
-    pending = [pid]
+        with suppress(OSError):
+            number, name, parent = re.match(r"(\d+) \((.*)\) . (\d+)", entry.read_text(), re.S).groups()
+            children.setdefault(int(parent), {})[int(number)] = name
+    found, pending = {}, [pid]
     while pending:
-        for child in children.get(pending.pop(), []):
-            found[child] = names[child]
-            pending.append(child)
+        own = children.get(pending.pop(), {})
+        found |= own
+        pending += own
     return found
 
 
-def status(pid, key):
+def status(pid, key, file="status"):
     """A number of /proc/PID/status, such as Threads, or VmRSS in KiB."""
-    for line in Path(f"/proc/{pid}/status").read_text().splitlines():
-        if line.startswith(key + ":"):
-            return int(line.split()[1])
-    raise KeyError(key)
+    return int(re.search(rf"^{key}:\s+(\d+)", Path(f"/proc/{pid}/{file}").read_text(), re.M)[1])
 
 
-def proportional_memory(pids):
-    """The memory in KiB that the processes take together, shared pages counted once."""
+def anonymous_memory(pids):
+    """The memory in KiB that the processes share with none but one another."""
     total = 0
     for pid in pids:
-        try:
-            lines = Path(f"/proc/{pid}/smaps_rollup").read_text().splitlines()
-        except OSError:
-            continue
-        total += next(int(line.split()[1]) for line in lines if line.startswith("Pss:"))
+        with suppress(OSError):
+            total += status(pid, "Pss_Anon", "smaps_rollup")
     return total

@@ -13,6 +13,8 @@ SIDES = {"left": "left:0;top:0;bottom:0;width", "right": "right:0;top:0;bottom:0
 PAGE = (f"<!doctype html><title>Bands</title><style>html{{background:{CENTRE}}}*{{cursor:none}}</style>"
         + "".join(f"<div style='position:fixed;{SIDES[side]}:{BAND}px;background:{colour}'></div>"
                   for side, colour in COLOURS.items())).encode()
+# Looks the same, and asks for what a hidden text field holds, once that has the keyboard.
+FIELD = PAGE + b"<input autofocus style='position:fixed;opacity:0' onfocus=oninput() oninput='fetch(`/typed/${value}`)'>"
 
 
 def page_picture(size):
@@ -32,16 +34,17 @@ def page_picture(size):
 class Site:
     def __init__(self):
         site = self
-        self.requests = 0
+        self.paths = []  # that were asked for
 
         class Handler(BaseHTTPRequestHandler):
             def do_GET(self):
-                site.requests += 1
+                site.paths.append(self.path)
+                page = FIELD if self.path == "/field" else PAGE
                 self.send_response(200)
                 self.send_header("Content-Type", "text/html")
-                self.send_header("Content-Length", str(len(PAGE)))
+                self.send_header("Content-Length", str(len(page)))
                 self.end_headers()
-                self.wfile.write(PAGE)
+                self.wfile.write(page)
 
             def log_message(self, *_):
                 pass
@@ -49,6 +52,10 @@ class Site:
         self._server = ThreadingHTTPServer(("127.0.0.1", 0), Handler)
         self.url = f"http://127.0.0.1:{self._server.server_port}/"
         threading.Thread(target=self._server.serve_forever, daemon=True).start()
+
+    @property
+    def requests(self):
+        return len(self.paths)
 
     def end(self):
         self._server.shutdown()

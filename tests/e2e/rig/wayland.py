@@ -79,6 +79,9 @@ class Sway:
         wait_for("focused setup window", lambda: [
             node for node in self._nodes() if self._is_setup(node) and node["focused"]])
 
+    def sealed_windows(self, pid):
+        return [node for node in self._nodes() if node.get("pid") == pid and node["fullscreen_mode"]]
+
     def setup_window(self):
         return next((node for node in self._nodes() if self._is_setup(node)), None)
 

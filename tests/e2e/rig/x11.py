@@ -118,11 +118,15 @@ class X11:
 
     def windows(self):
         """The visible top-level windows and frames, without the dots that window managers keep."""
-        return {window.id for window in self._root.query_tree().children
-                if self._is_visible(window)}
+        return {window.id for window in self._root.query_tree().children if self._is_visible(window)}
 
     def all_windows(self):
         return [window.id for window in self._root.query_tree().children]
+
+    def sealed_windows(self, pid):
+        """The visible windows that a process keeps from the window manager."""
+        return [window for window in self._root.query_tree().children if self._is_visible(window)
+                and not self._is_managed(window) and pid in (self._property(window, "_NET_WM_PID") or ())]
 
     def setup_window(self):
         """The program's visible setup window, None without one."""
@@ -132,13 +136,23 @@ class X11:
         pending = list(self._root.query_tree().children)
         while pending:
             window = pending.pop()
-            if self._is_visible(window) and self._name(window) == name:
+            if self._is_visible(window) and self._is_managed(window) and self._name(window) == name:
                 return window
-            pending += self._children(window)
+            tree = answer(window.query_tree)
+            pending += tree.children if tree else []
         return None
 
     def focus_setup(self):
-        window = wait_for("setup window", self.setup_window)
+        self._focus(wait_for("setup window", self.setup_window))
+
+    def open_panel(self):
+        """The visible panel that chooses a folder or file, None without one."""
+        return self._visible(b"Open")
+
+    def focus_open_panel(self):
+        self._focus(wait_for("open panel", self.open_panel))
+
+    def _focus(self, window):
         self.run("xdotool", "windowactivate" if self._managed else "windowfocus", "--sync", str(window.id))
 
     def minimise_setup(self):
@@ -161,6 +175,9 @@ class X11:
     def press(self, keys):
         self.run("xdotool", "key", "--clearmodifiers", keys)
 
+    def enter(self, text):
+        self.run("xdotool", "type", "--clearmodifiers", "--", text)
+
     def open_bystander(self):
         """Another program's window, which the kiosk must leave as it was."""
         needs("xmessage")
@@ -177,25 +194,25 @@ class X11:
         return self._property(window, "_NET_WM_NAME") or self._property(window, "WM_NAME")
 
     def _property(self, window, name):
-        try:
-            value = window.get_full_property(self._display.intern_atom(name), X.AnyPropertyType)
-        except error.XError:
-            return None
-        return value.value if value else None
+        value = answer(window.get_full_property, self._display.intern_atom(name), X.AnyPropertyType)
+        return value and value.value
 
     def _is_visible(self, window):
-        try:
-            attributes = window.get_attributes()
-            return (attributes.map_state == X.IsViewable and attributes.win_class == X.InputOutput
-                    and window.get_geometry().width > 1)
-        except error.XError:
-            return False
+        attributes, geometry = answer(window.get_attributes), answer(window.get_geometry)
+        return (attributes and attributes.map_state == X.IsViewable and attributes.win_class == X.InputOutput
+                and geometry and geometry.width > 1)
 
-    def _children(self, window):
-        try:
-            return window.query_tree().children
-        except error.XError:
-            return []
+    def _is_managed(self, window):
+        attributes = answer(window.get_attributes)
+        return attributes and not attributes.override_redirect
+
+
+def answer(request, *arguments):
+    """The server's answer about a window, None once that has gone."""
+    try:
+        return request(*arguments)
+    except error.XError:
+        return None
 
 
 def three_outputs(home):
