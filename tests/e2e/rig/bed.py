@@ -4,6 +4,7 @@ import contextlib
 import json
 import os
 import re
+import shutil
 import subprocess
 import tempfile
 from pathlib import Path
@@ -55,12 +56,17 @@ class Bed:
 
     def start(self, **options):
         """Starts one more copy of the program; the first is `process`."""
-        command = (*self.display.launcher, self.binary)
+        command = (*self.display.launcher, self._reachable() if self.display.launcher else self.binary)
         process = self.home.start(*command, log="quillox", **{
             **options, "environment": {**self.display.environment, **options.get("environment", {})}})
         self.process = self.process or process
         self.display.started()
         return process
+
+    def _reachable(self):
+        """A copy of the program for the ordinary user, who may not enter the folder that it was built in."""
+        copy = self.home.folder / "quillox"
+        return str(copy if copy.exists() else shutil.copy2(self.binary, copy))
 
     def run(self, *arguments):
         """What the program prints for a command."""
