@@ -139,12 +139,12 @@ namespace {
         const KioskSettings stored { .url = "https://a.org", .displayID = 9 };
         stored.save(defaults);
         defaults.setBoolean("hasOnboarded", true);
-        EXPECT_EQ(run({ "export", "/tmp/e.json" }), exitSuccess);
+        EXPECT_EQ(run({ "export", "/e.json" }), exitSuccess);
         EXPECT_EQ(run({ "reset" }), exitSuccess);
         EXPECT_EQ(settings(), KioskSettings {});
         EXPECT_TRUE(defaults.boolean("hasOnboarded"));
         run({ "set", "exitPassword", "kept" });
-        EXPECT_EQ(run({ "import", "/tmp/e.json" }), exitSuccess) << error;
+        EXPECT_EQ(run({ "import", "/e.json" }), exitSuccess) << error;
         EXPECT_EQ(settings().url, "https://a.org");
         EXPECT_EQ(settings().exitPassword, "kept");
         EXPECT_EQ(run({ "import", "-" }, R"({"showHome":true})"), exitSuccess) << error;

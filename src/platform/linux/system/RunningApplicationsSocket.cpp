@@ -98,7 +98,7 @@ std::string RunningApplicationsSocket::runtimeFolder(const std::string& identifi
 {
     if (const auto* folder = std::getenv("XDG_RUNTIME_DIR"); folder && *folder == '/')
         return folder;
-    auto folder = fmt::format("/tmp/{}-{}", identifier, geteuid());
+    auto folder = fmt::format("{}/{}-{}", g_get_tmp_dir(), identifier, geteuid());
     mkdir(folder.c_str(), 0700);
     struct stat found { };
     const bool isOurs = lstat(folder.c_str(), &found) == 0 && S_ISDIR(found.st_mode)

@@ -23,7 +23,7 @@ public:
     RunningApplicationsSocket(std::string folder, std::string identifier, SystemLog&);
     ~RunningApplicationsSocket() override;
 
-    /// `$XDG_RUNTIME_DIR`, or a private folder under /tmp when it is not set.
+    /// `$XDG_RUNTIME_DIR`, or a private folder in the temporary folder when it is not set.
     static std::string runtimeFolder(const std::string& identifier);
 
     /// Called in the first copy when another one asked for it, with the token that its launcher
