@@ -98,11 +98,16 @@ namespace {
         EXPECT_TRUE(controller->isActive());
     }
 
-    TEST_F(AppStateTest, AStateThatIsGoneSealsNothing)
+    TEST_F(AppStateTest, WhatIsScheduledDoesNothingOnceItsOwnerIsGone)
     {
-        store(true, siteSettings());
+        auto settings = siteSettings();
+        settings.autoStartKiosk = true;
+        store(true, settings);
+        static_cast<void>(delegate().applicationDidFinishLaunching());
+        runLoop.runPosted();
+        EXPECT_EQ(state().autoStartCountdown.get(), std::nullopt) << "the delegate is gone";
+
         state().beginAutoStart(1);
-        runLoop.post([] {});
         made.reset();
         runLoop.advance(2s);
         EXPECT_FALSE(controller->isActive());
