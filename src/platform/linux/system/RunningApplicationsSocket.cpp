@@ -27,6 +27,7 @@ namespace {
 
     /// How long a second copy waits for the first one's word before it takes it for hung.
     constexpr auto patience = 1s;
+    constexpr int lockAttempts = 3;
     constexpr std::size_t longestToken = 4096;
 
     sockaddr_un addressOf(const std::string& path)
@@ -159,8 +160,11 @@ std::vector<ProcessId> RunningApplicationsSocket::list(const std::string& identi
 {
     if (identifier != m_identifier)
         return {};
-    // The first copy may have ended since; then this one takes its place.
-    while (m_lock && !m_isFirst && !becomeFirst()) {
+    // The first copy may have ended since; then this one takes its place. A file system that cannot
+    // lock never tells of a holder.
+    for (int attempt = 0; m_lock && !m_isFirst && attempt < lockAttempts; ++attempt) {
+        if (becomeFirst())
+            break;
         if (const auto holder = lockHolder())
             return { holder, getpid() };
     }
