@@ -79,7 +79,6 @@ namespace {
             auto& window = m_setup->window();
             m_platform.eventMonitors.attach(window);
             m_platform.dialogs.setParent(&window);
-            m_platform.workspace.setParent(&window);
             application.addWindow(window);
             window.signal_close_request().connect(
                 [&application] {

@@ -27,7 +27,7 @@ struct LinuxPlatform {
         , application(std::move(gtk), *placement, log)
         , windows(*placement, application, eventMonitors)
         , webEngine(runLoop)
-        , workspace(application, log)
+        , workspace(application, dialogs, log)
     {
     }
 

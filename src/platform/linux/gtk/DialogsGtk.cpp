@@ -1,6 +1,7 @@
 #include "platform/linux/gtk/DialogsGtk.h"
 
 #include "platform/linux/gtk/OpenPanelGtk.h"
+#include "platform/linux/gtk/Toplevel.h"
 
 #include <glibmm/main.h>
 #include <gtkmm/dialog.h>
@@ -13,6 +14,7 @@ namespace {
     /// Shows a dialog that the main loop deletes after its one answer.
     template <typename Answer> void run(Gtk::Dialog* dialog, Answer answer)
     {
+        refuseInspector(*dialog);
         dialog->set_modal(true);
         dialog->signal_response().connect(
             [dialog, answer, isAnswered = false](int response) mutable {

@@ -4,9 +4,6 @@
 
 #include <fmt/format.h>
 #include <gio/gio.h>
-#include <glibmm/main.h>
-#include <gtkmm/messagedialog.h>
-#include <utility>
 
 namespace quillox {
 
@@ -45,19 +42,11 @@ void WorkspaceGtk::open(const std::string& url)
 
 void WorkspaceGtk::showPermissionHelp()
 {
-    auto* dialog = new Gtk::MessageDialog(
-        "Locking the keyboard", false, Gtk::MessageType::INFO, Gtk::ButtonsType::CLOSE);
-    dialog->set_secondary_text(permissionHelp);
-    dialog->set_modal(true);
-    if (m_parent)
-        dialog->set_transient_for(*m_parent);
-    dialog->signal_response().connect([dialog, isClosed = false](int) mutable {
-        if (std::exchange(isClosed, true))
-            return;
-        dialog->set_visible(false);
-        Glib::signal_idle().connect_once([dialog] { delete dialog; });
-    });
-    dialog->present();
+    m_dialogs.present({ .style = Alert::Style::Informational,
+                          .message = "Locking the keyboard",
+                          .informativeText = permissionHelp,
+                          .buttons = { "Close" } },
+        [](std::size_t) {});
 }
 
 void WorkspaceGtk::relaunch()

@@ -1,10 +1,9 @@
 #pragma once
 
 #include "ports/Application.h"
+#include "ports/Dialogs.h"
 #include "ports/SystemLog.h"
 #include "ports/Workspace.h"
-
-#include <gtkmm/window.h>
 
 namespace quillox {
 
@@ -12,8 +11,9 @@ namespace quillox {
 /// permission opens a help window of our own, which says what this session lacks.
 class WorkspaceGtk final : public Workspace {
 public:
-    WorkspaceGtk(Application& application, SystemLog& log)
+    WorkspaceGtk(Application& application, Dialogs& dialogs, SystemLog& log)
         : m_application(application)
+        , m_dialogs(dialogs)
         , m_log(log)
     {
     }
@@ -23,14 +23,12 @@ public:
     void relaunch() override;
     bool wantsRelaunch() const { return m_wantsRelaunch; }
 
-    void setParent(Gtk::Window* parent) { m_parent = parent; }
-
 private:
     void showPermissionHelp();
 
     Application& m_application;
+    Dialogs& m_dialogs;
     SystemLog& m_log;
-    Gtk::Window* m_parent = nullptr;
     bool m_wantsRelaunch = false;
 };
 
