@@ -32,17 +32,20 @@ namespace {
     /// The application on its machine, for as long as the main loop runs.
     class Program {
     public:
-        Program(Glib::RefPtr<Gtk::Application> gtk, RunningApplicationsSocket& instances,
+        Program(const Glib::RefPtr<Gtk::Application>& gtk, RunningApplicationsSocket& instances,
             SystemLog& log)
             : m_instances(instances)
             , m_defaults(defaultsPathsFromEnvironment(), log)
-            , m_platform(std::move(gtk), m_runLoop, log)
+            , m_platform(gtk, m_runLoop, log)
             , m_controller({ m_platform.screens, m_platform.windows, m_platform.webEngine,
                   m_platform.eventMonitors, m_platform.application, m_platform.fileSystem,
-                  m_platform.siteFiles, m_platform.fileTypes })
+                  m_platform.siteFiles, m_platform.fileTypes, m_runLoop, m_platform.eventTaps,
+                  m_platform.eventTaps, m_platform.symbolicHotKeys, m_platform.powerAssertions,
+                  m_platform.sealViews, log })
             , m_state({ m_runLoop, m_defaults, m_platform.fileSystem, m_platform.accessibility,
                           m_platform.dialogs, m_platform.workspace, m_platform.application },
-                  m_controller)
+                  m_controller,
+                  [this] { return SystemKeyBlocker::canCreateTap(m_platform.eventTaps); })
             , m_delegate({ m_runLoop, m_platform.accessibility, instances, m_platform.application },
                   m_state, QuilloxApp::bundleIdentifier)
         {
@@ -63,8 +66,10 @@ namespace {
 
         void launch()
         {
-            if (m_delegate.applicationDidFinishLaunching())
-                openSetupWindow();
+            if (!m_delegate.applicationDidFinishLaunching())
+                return;
+            m_platform.restoreAfterCrash();
+            openSetupWindow();
         }
 
         void terminate() { m_platform.application.terminate(); }
@@ -75,7 +80,7 @@ namespace {
         {
             auto& application = m_platform.application;
             m_setup = std::make_unique<SetupWindowGtk>(
-                m_setupView, m_countdown, QuilloxApp::windowTitle);
+                m_setupView, m_countdown, m_runLoop, QuilloxApp::windowTitle);
             auto& window = m_setup->window();
             m_platform.eventMonitors.attach(window);
             m_platform.dialogs.setParent(&window);
@@ -104,7 +109,8 @@ namespace {
         KioskController m_controller;
         AppState m_state;
         AppDelegate m_delegate;
-        SetupView m_setupView { m_state };
+        SetupView m_setupView { m_state,
+            { m_runLoop, m_platform.eventMonitors, m_platform.eventTaps } };
         AutoStartCountdownOverlay m_countdown { m_state };
         std::unique_ptr<SetupWindowGtk> m_setup;
         Lifetime m_lifetime;
@@ -154,8 +160,8 @@ int main(int argc, char** argv)
 {
     using namespace quillox;
     const auto commandLine = CommandLine::parse({ argv + 1, argv + argc });
-    const bool needsDisplay = commandLine.kind == CommandLine::Kind::run
-        || commandLine.kind == CommandLine::Kind::displays;
+    using Kind = CommandLine::Kind;
+    const bool needsDisplay = commandLine.kind == Kind::run || commandLine.kind == Kind::displays;
     if (!needsDisplay)
         return runCommandLine(commandLine);
 
@@ -168,7 +174,7 @@ int main(int argc, char** argv)
         log.write("Quillox: there is no display to open; set DISPLAY or WAYLAND_DISPLAY.");
         return exitFailure;
     }
-    if (commandLine.kind == CommandLine::Kind::displays)
+    if (commandLine.kind == Kind::displays)
         return listDisplays();
 
     log.write(graphics);

@@ -1,6 +1,7 @@
 #include "kiosk/KioskController.h"
 
 #include "ports/FileSystem.h"
+#include "support/CanonicalText.h"
 
 #include <algorithm>
 #include <utility>
@@ -23,6 +24,9 @@ namespace {
 KioskController::KioskController(Machine machine, RunCollaborators collaborators)
     : m_machine(machine)
     , m_collaborators(collaborators)
+    , m_keyBlocker({ machine.runLoop, machine.eventTaps, machine.keyState, machine.log })
+    , m_hotKeyBlocker(machine.symbolicHotKeys, machine.log)
+    , m_sleepBlocker(machine.powerAssertions, machine.log)
 {
 }
 
@@ -62,19 +66,13 @@ bool KioskController::start(const KioskSettings& settings, std::function<void()>
 
 void KioskController::startGuards()
 {
-    if (auto* lock = m_collaborators.keyLock) {
-        lock->setOnExitCombo(m_lifetime.guard([this] { requestExit(); }));
-        lock->setOnHoldProgress(m_lifetime.guard([this](double progress) {
-            if (m_collaborators.holdFeedback)
-                m_collaborators.holdFeedback->setProgress(progress);
-        }));
-        // The run goes on without the lock; the key monitor then catches the gesture.
-        static_cast<void>(lock->start());
-    }
-    if (m_collaborators.hotKeys)
-        m_collaborators.hotKeys->disable();
-    if (m_collaborators.sleep)
-        m_collaborators.sleep->start();
+    m_keyBlocker.onExitCombo = m_lifetime.guard([this] { requestExit(); });
+    m_keyBlocker.onHoldProgress
+        = m_lifetime.guard([this](double progress) { m_holdModel.progress.set(progress); });
+    // The run goes on without the lock; the key monitor then catches the gesture.
+    static_cast<void>(m_keyBlocker.start());
+    m_hotKeyBlocker.disable();
+    m_sleepBlocker.start();
 }
 
 void KioskController::startWatches()
@@ -97,19 +95,23 @@ void KioskController::installKeyMonitor()
 
 EventMonitors::Verdict KioskController::filterKeyDown(const Event& event)
 {
-    using enum ModifierFlags;
-    const bool isLocked = m_collaborators.keyLock && m_collaborators.keyLock->isRunning();
-    if (!isLocked && event.keyCode == keys::s && containsAll(event.flags, Command | Shift)) {
+    if (!m_keyBlocker.isRunning() && event.keyCode == keys::s
+        && containsAll(event.flags, sealModifiers)) {
         requestExit();
         return EventMonitors::Verdict::Swallow;
     }
-    return containsAny(event.flags, Command | Control) ? EventMonitors::Verdict::Swallow
+    return containsAny(event.flags, shortcutModifiers) ? EventMonitors::Verdict::Swallow
                                                        : EventMonitors::Verdict::Pass;
+}
+
+bool KioskController::isExitPasswordRequired() const
+{
+    return m_settings.requireExitPassword && !m_settings.exitPassword.empty();
 }
 
 void KioskController::requestExit()
 {
-    if (m_settings.requireExitPassword && !m_settings.exitPassword.empty())
+    if (isExitPasswordRequired())
         presentSealPrompt();
     else
         stop();
@@ -117,28 +119,42 @@ void KioskController::requestExit()
 
 void KioskController::presentSealPrompt()
 {
-    // Without a way to ask for the password, nobody has given the right one.
-    if (m_promptHost || !m_window || !m_window->contentView() || !m_collaborators.exitPrompts)
+    if (m_promptHost || !m_window || !m_window->contentView())
         return;
-    m_promptHost = m_collaborators.exitPrompts->makePrompt({
-        .title = "BREAK SEAL",
-        .subtitle = "Enter the exit password to leave kiosk mode",
-        .verify = [password = m_settings.exitPassword](
-                      const std::string& text) { return text == password; },
-        .onSuccess = m_lifetime.guard([this] {
-            dismissSealPrompt();
-            stop();
-        }),
-        .onCancel = m_lifetime.guard([this] { dismissSealPrompt(); }),
-    });
-    m_window->contentView()->add(*m_promptHost,
-        { 0, 0, m_screen.frame.width, m_screen.frame.height }, { .width = true, .height = true });
+    m_prompt = std::make_unique<SealPrompt>(
+        SealPrompt::Question {
+            .title = "BREAK SEAL",
+            .message = "Enter the exit password to leave kiosk mode",
+            .validate
+            = [password = m_settings.exitPassword](
+                  const std::string& text) { return areCanonicallyEquivalent(text, password); },
+            .onSuccess = m_lifetime.guard([this] {
+                dismissSealPrompt();
+                stop();
+            }),
+            .onCancel = m_lifetime.guard([this] { dismissSealPrompt(); }),
+        },
+        m_machine.runLoop);
+    m_promptHost = m_machine.sealViews.makePrompt(*m_prompt);
+    auto& content = *m_window->contentView();
+    content.add(*m_promptHost, { 0, 0, m_screen.frame.width, m_screen.frame.height },
+        { .width = true, .height = true });
+    content.setExclusive(m_promptHost.get());
     m_window->makeKeyAndOrderFront();
+    m_prompt->appear();
+}
+
+void KioskController::removeSealPrompt()
+{
+    m_promptHost.reset();
+    m_prompt.reset();
 }
 
 void KioskController::dismissSealPrompt()
 {
-    m_promptHost.reset();
+    if (m_window && m_window->contentView())
+        m_window->contentView()->setExclusive(nullptr);
+    removeSealPrompt();
     if (m_webView && m_window)
         m_window->platformWindow().makeFirstResponder(m_webView->view());
 }
@@ -147,12 +163,9 @@ void KioskController::stop()
 {
     if (!m_isActive)
         return;
-    if (m_collaborators.keyLock)
-        m_collaborators.keyLock->stop();
-    if (m_collaborators.sleep)
-        m_collaborators.sleep->stop();
-    if (m_collaborators.hotKeys)
-        m_collaborators.hotKeys->restore();
+    m_keyBlocker.stop();
+    m_sleepBlocker.stop();
+    m_hotKeyBlocker.restore();
     m_screensSubscription.reset();
     if (m_collaborators.idleWatch)
         m_collaborators.idleWatch->stop();
@@ -175,7 +188,7 @@ void KioskController::endContent()
     m_navBar.reset();
     m_notchBar.reset();
     m_offlineHost.reset();
-    m_promptHost.reset();
+    removeSealPrompt();
     m_holdHost.reset();
     m_keyMonitor.reset();
     if (m_savedPresentationOptions)

@@ -4,6 +4,10 @@
 #include "kiosk/KioskWebView.h"
 #include "kiosk/KioskWindow.h"
 #include "kiosk/RunCollaborators.h"
+#include "lockdown/DisplaySleepBlocker.h"
+#include "lockdown/SealViews.h"
+#include "lockdown/SystemHotKeyBlocker.h"
+#include "lockdown/SystemKeyBlocker.h"
 #include "ports/Application.h"
 #include "ports/EventMonitors.h"
 #include "ports/Screens.h"
@@ -21,6 +25,8 @@ namespace quillox {
 class FileSystem;
 class FileTypes;
 class SiteFiles;
+class SymbolicHotKeys;
+class SystemLog;
 
 /// Drives one sealed run after another: the page full screen on its display, every other display
 /// black, the ways out closed, and everything undone in a fixed order at the end. Main thread only.
@@ -35,6 +41,13 @@ public:
         const FileSystem& fileSystem;
         const SiteFiles& siteFiles;
         const FileTypes& fileTypes;
+        RunLoop& runLoop;
+        EventTaps& eventTaps;
+        const KeyState& keyState;
+        SymbolicHotKeys& symbolicHotKeys;
+        PowerAssertions& powerAssertions;
+        SealViews& sealViews;
+        SystemLog& log;
     };
 
     explicit KioskController(Machine, RunCollaborators = {});
@@ -79,7 +92,9 @@ private:
     void removeCoverWindows();
     void installKeyMonitor();
     EventMonitors::Verdict filterKeyDown(const Event&);
+    bool isExitPasswordRequired() const;
     void presentSealPrompt();
+    void removeSealPrompt();
     void handleScreensChanged();
     void willOpenContextMenu(std::vector<std::string>& items) override;
 
@@ -87,6 +102,11 @@ private:
 
     Machine m_machine;
     RunCollaborators m_collaborators;
+
+    SystemKeyBlocker m_keyBlocker;
+    SystemHotKeyBlocker m_hotKeyBlocker;
+    DisplaySleepBlocker m_sleepBlocker;
+    HoldIndicatorModel m_holdModel;
 
     KioskSettings m_settings; ///< The copy that this run was started with.
     std::function<void()> m_onExit;
@@ -103,6 +123,7 @@ private:
     std::unique_ptr<View> m_offlineHost;
     std::unique_ptr<View> m_holdHost;
     std::unique_ptr<View> m_navBar;
+    std::unique_ptr<SealPrompt> m_prompt;
     std::unique_ptr<View> m_promptHost;
     std::vector<CoverWindow> m_coverWindows;
 

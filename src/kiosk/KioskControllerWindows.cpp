@@ -79,11 +79,9 @@ void KioskController::buildContent(Container& container)
         if (!m_settings.isLocalSource())
             connectivity->startNetworkMonitor(page);
     }
-    if (auto* feedback = m_collaborators.holdFeedback) {
-        feedback->setProgress(0);
-        m_holdHost = feedback->makeIndicator();
-        container.add(*m_holdHost, everything, fill);
-    }
+    m_holdModel.progress.set(0);
+    m_holdHost = m_machine.sealViews.makeHoldIndicator(m_holdModel);
+    container.add(*m_holdHost, everything, fill);
     if (aids)
         m_navBar
             = aids->installNavBar(m_settings, container, page, topInset(), m_screen.safeAreaTop);

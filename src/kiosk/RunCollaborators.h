@@ -4,42 +4,12 @@
 #include "ports/View.h"
 
 #include <chrono>
-#include <functional>
 #include <memory>
 #include <string>
 
 namespace quillox {
 
 class WebView;
-
-/// The keyboard lock of a sealed run, with the gesture that ends it.
-class KeyLock {
-public:
-    virtual ~KeyLock() = default;
-    virtual void setOnExitCombo(std::function<void()>) = 0;
-    /// Progress of the hold, 0 to 1.
-    virtual void setOnHoldProgress(std::function<void(double)>) = 0;
-    /// Whether the lock took hold; true also when it already had.
-    virtual bool start() = 0;
-    virtual void stop() = 0;
-    virtual bool isRunning() const = 0;
-};
-
-/// Keeps shortcuts away that no keyboard lock can stop.
-class HotKeyGuard {
-public:
-    virtual ~HotKeyGuard() = default;
-    virtual void disable() = 0;
-    virtual void restore() = 0;
-};
-
-/// Keeps the display awake. Starting twice and stopping twice are harmless.
-class SleepGuard {
-public:
-    virtual ~SleepGuard() = default;
-    virtual void start() = 0;
-    virtual void stop() = 0;
-};
 
 /// Sends the page home when nobody uses it.
 class IdleWatch {
@@ -67,14 +37,6 @@ public:
     virtual void stopNetworkMonitor() = 0;
 };
 
-/// Shows how far the exit gesture is.
-class HoldFeedback {
-public:
-    virtual ~HoldFeedback() = default;
-    virtual void setProgress(double) = 0;
-    virtual std::unique_ptr<View> makeIndicator() = 0;
-};
-
 /// The buttons over the page and the band under a camera housing.
 class NavigationAids {
 public:
@@ -88,33 +50,13 @@ public:
         = 0;
 };
 
-/// Asks for the exit password.
-class ExitPrompts {
-public:
-    struct Request {
-        std::string title;
-        std::string subtitle;
-        std::function<bool(const std::string& text)> verify;
-        std::function<void()> onSuccess;
-        std::function<void()> onCancel;
-    };
-
-    virtual ~ExitPrompts() = default;
-    virtual std::unique_ptr<View> makePrompt(Request) = 0;
-};
-
-/// What joins a sealed run beside its windows and its page. What is absent is simply not part of
-/// the run.
+/// What joins a sealed run beside its windows, its page and its lock. What is absent is simply not
+/// part of the run.
 struct RunCollaborators {
-    KeyLock* keyLock = nullptr;
-    HotKeyGuard* hotKeys = nullptr;
-    SleepGuard* sleep = nullptr;
     IdleWatch* idleWatch = nullptr;
     UsageTracking* usage = nullptr;
     Connectivity* connectivity = nullptr;
-    HoldFeedback* holdFeedback = nullptr;
     NavigationAids* navigationAids = nullptr;
-    ExitPrompts* exitPrompts = nullptr;
 };
 
 } // namespace quillox

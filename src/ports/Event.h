@@ -5,8 +5,8 @@
 namespace quillox {
 
 /// The kinds of input that the application is given. The values are bit positions of an
-/// `EventMask`.
-enum class EventType : std::uint8_t {
+/// `EventMask`, but for the last two, which come whatever the mask.
+enum class EventType : std::uint32_t {
     LeftMouseDown = 1,
     LeftMouseUp = 2,
     RightMouseDown = 3,
@@ -22,6 +22,9 @@ enum class EventType : std::uint8_t {
     OtherMouseDown = 25,
     OtherMouseUp = 26,
     OtherMouseDragged = 27,
+    /// An event tap was switched off: it took too long, or another program's input took over.
+    TapDisabledByTimeout = 0xFFFFFFFE,
+    TapDisabledByUserInput = 0xFFFFFFFF,
 };
 
 using EventMask = std::uint32_t;
@@ -69,11 +72,15 @@ namespace keys {
     constexpr KeyCode unknown = 0xFFFF;
 } // namespace keys
 
+/// The subtype of system-defined events that media, brightness and launcher keys make.
+constexpr std::int16_t auxiliaryControlButtons = 8;
+
 struct Event {
     EventType type = EventType::KeyDown;
     KeyCode keyCode = keys::unknown; ///< Only meaningful for key and flag events.
     ModifierFlags flags = ModifierFlags::None;
     bool isRepeat = false; ///< A key-down that the keyboard repeats while the key is held.
+    std::int16_t subtype = 0; ///< Only meaningful for system-defined events.
 
     bool operator==(const Event&) const = default;
 };

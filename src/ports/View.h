@@ -29,6 +29,10 @@ public:
 
     /// Gives a view that is there another frame, in the container's present plane.
     virtual void move(View& view, Rect frame) = 0;
+
+    /// From now on no other view of the container can have the keyboard or be clicked, whatever it
+    /// tries; none frees them all again. A view that has the keyboard loses it.
+    virtual void setExclusive(View* view) = 0;
 };
 
 } // namespace quillox

@@ -1,8 +1,12 @@
 #pragma once
 
+#include "lockdown/LaunchArmer.h"
+#include "lockdown/SealOverlays.h"
+#include "lockdown/SealPrompt.h"
 #include "support/Handle.h"
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -10,13 +14,11 @@ namespace quillox {
 
 class AppState;
 
-/// The plain setup screen: what to show, and the control that seals. Main thread only.
+/// The plain setup screen: what to show, the control that seals, and the gesture that does the
+/// same. Main thread only.
 class SetupView {
 public:
-    explicit SetupView(AppState& state)
-        : m_state(state)
-    {
-    }
+    SetupView(AppState&, LaunchArmer::Machine);
 
     static constexpr auto heading = "QUILLOX";
     static constexpr auto help = "Show one website on this display, and nothing else.";
@@ -25,7 +27,8 @@ public:
     static constexpr auto chooseTitle = "Choose a _folder or HTML file…";
     static constexpr auto clearTitle = "Use an _address instead";
     static constexpr auto sealName = "Seal this display";
-    static constexpr auto exitHelp = "To leave the sealed page, hold Super, Shift and S.";
+    static constexpr auto exitHelp
+        = "Hold Super, Shift and S to seal, and again to leave the sealed page.";
 
     /// Whether the source is a folder; the address is not used then.
     bool isLocal() const;
@@ -44,15 +47,52 @@ public:
     void setAddress(const std::string& address);
     void chooseSource();
     void clearLocalSource();
+
+    /// Asks for the exit password first when one is required.
     void seal();
 
-    /// Calls back after anything that is shown has changed.
+    /// The gesture is watched for as long as the screen is there and nothing else is going on.
+    void appear();
+    void disappear();
+
+    SealHoldOverlay holdOverlay() const;
+    SealHintOverlay hintOverlay() const;
+    /// The gesture is done, and its keys are still down.
+    bool isWaitingForRelease() const { return m_isWaitingForRelease.get(); }
+    /// None while no password is asked for.
+    SealPrompt* prompt() const { return m_isAsking.get() ? m_prompt.get() : nullptr; }
+
+    /// Calls back after anything that is shown has changed, but for the gesture.
     [[nodiscard]] std::vector<Handle> observe(const std::function<void()>& onChange);
+
+    /// Calls back after an overlay of the gesture or the prompt has changed: sixty times a second
+    /// during a hold.
+    [[nodiscard]] std::vector<Handle> observeGesture(const std::function<void()>& onChange);
 
 private:
     bool isPasswordMissing() const;
+    bool isPasswordRequired() const;
+    /// Empty when nothing is.
+    std::string missing() const;
+
+    void updateArmer();
+    void rearm();
+    void holdCompleted();
+    void launchWhenKeysReleased(int attempt);
+    void askForPassword();
+    void dismissPrompt();
+    void handleActiveChanged();
+    void launch();
 
     AppState& m_state;
+    RunLoop& m_runLoop;
+    LaunchArmer m_armer;
+    bool m_isThere = false;
+    Published<bool> m_isWaitingForRelease { false };
+    Published<bool> m_isAsking { false };
+    std::unique_ptr<SealPrompt> m_prompt;
+    Handle m_releaseCheck;
+    std::vector<Handle> m_observations;
 };
 
 } // namespace quillox

@@ -248,7 +248,7 @@ namespace {
 
     TEST_F(AppStateTest, SetupSaysWhatIsMissingAndSealsOnce)
     {
-        SetupView view(state());
+        SetupView view(state(), { runLoop, eventMonitors, keyboard });
         int changes = 0;
         const auto observation = view.observe([&] { ++changes; });
         EXPECT_EQ(view.sealTitle(), "SET A URL OR FOLDER FIRST");
@@ -265,9 +265,56 @@ namespace {
         EXPECT_EQ(changes, 3);
 
         view.seal();
+        ASSERT_TRUE(view.prompt());
+        view.prompt()->field().text.set("abc");
+        view.prompt()->submit();
         EXPECT_TRUE(controller->isActive() && state().hasOnboarded.get());
-        EXPECT_FALSE(view.isEnabled() || view.canSeal());
+        EXPECT_FALSE(view.prompt() || view.isEnabled() || view.canSeal());
         runLoop.advance(2s);
+    }
+
+    TEST_F(AppStateTest, GestureInSetupSealsOnceSIsUp)
+    {
+        const auto hold = [&](bool isDown) {
+            const auto type = isDown ? EventType::KeyDown : EventType::KeyUp;
+            keyboard.down = isDown ? std::set { keys::s } : std::set<KeyCode> {};
+            eventMonitors.send({ .type = type, .keyCode = keys::s, .flags = sealModifiers });
+            runLoop.advance(1100ms);
+        };
+        SetupView view(state(), { runLoop, eventMonitors, keyboard });
+        view.appear();
+        hold(true);
+        EXPECT_EQ(view.hintOverlay().hint, "SET A URL OR FOLDER FIRST");
+        EXPECT_FALSE(view.isWaitingForRelease());
+
+        state().settings.set(siteSettings());
+        hold(false);
+        hold(true);
+        EXPECT_TRUE(view.isWaitingForRelease() && !controller->isActive());
+        hold(false);
+        EXPECT_TRUE(controller->isActive() && !view.isWaitingForRelease());
+        controller->stop();
+        hold(true);
+        runLoop.advance(10s);
+        EXPECT_TRUE(controller->isActive()); // However long S is held.
+        controller->stop();
+        hold(false);
+
+        state().settings.update([](KioskSettings& settings) {
+            settings.requireExitPassword = true;
+            settings.exitPassword = "abc";
+        });
+        hold(true);
+        ASSERT_TRUE(view.prompt());
+        EXPECT_EQ(eventMonitors.activeMonitors(), 0U);
+        runLoop.advance(10s);
+        EXPECT_FALSE(view.prompt() || controller->isActive());
+        hold(false);
+        state().beginAutoStart(9);
+        EXPECT_EQ(eventMonitors.activeMonitors(), 0U);
+        state().cancelAutoStart();
+        hold(true);
+        EXPECT_TRUE(view.prompt());
     }
 
 } // namespace

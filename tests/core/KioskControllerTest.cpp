@@ -9,8 +9,10 @@ namespace quillox {
 namespace {
 
     using Lines = std::vector<std::string>;
+    using namespace std::chrono_literals;
     using enum ModifierFlags;
     constexpr auto gesture = Command | Shift;
+    constexpr auto fullHold = 1020ms; // A second, and the sample that notices it.
     constexpr auto swallow = EventMonitors::Verdict::Swallow;
     constexpr auto pass = EventMonitors::Verdict::Pass;
 
@@ -30,6 +32,13 @@ namespace {
             }
             return covered;
         }
+
+        void holdGesture(std::chrono::milliseconds time)
+        {
+            keyboard.press(keys::s, gesture);
+            runLoop.advance(time);
+        }
+        void letGo() { keyboard.release(keys::s, gesture); }
 
         int exits = 0;
         FakeCollaborators others { journal };
@@ -53,14 +62,18 @@ namespace {
                 "make nav bar, inset 32, notch 32", "kiosk window content",
                 "kiosk window key and front", "activate", "make cover 8 at 1512,0 800x600",
                 "cover 8 frame 1512,0 800x600", "cover 8 front", "presentation 0x3fa",
-                "key lock on", "hot keys off", "stay awake",
+                "key lock on", "hot key 28 off", "hot key 29 off", "hot key 30 off",
+                "hot key 31 off", "hot key 184 off", "hot key 64 off", "hot key 65 off",
+                "assert PreventUserIdleDisplaySleep 255 'Quillox kiosk is sealed'",
                 "watch idle, home https://museum.example/", "count museum.example, gap 45" }));
 
         controller->stop();
         EXPECT_EQ(journal.take(),
-            (Lines { "key lock off", "may sleep", "hot keys on", "idle watch ends", "counting ends",
-                "cover 8 out", "network watch ends", "presentation 0x0", "stop loading",
-                "kiosk window out", "kiosk window no content", "windows forward", "activate" }));
+            (Lines { "key lock off", "release assertion 1", "hot key 28 on", "hot key 29 on",
+                "hot key 30 on", "hot key 31 on", "hot key 184 on", "hot key 64 on",
+                "hot key 65 on", "idle watch ends", "counting ends", "cover 8 out",
+                "network watch ends", "presentation 0x0", "stop loading", "kiosk window out",
+                "kiosk window no content", "windows forward", "activate" }));
         EXPECT_EQ(exits, 1);
         EXPECT_TRUE(windows.windows.empty() && windows.webViews.empty());
         EXPECT_EQ(eventMonitors.activeMonitors(), 0U);
@@ -230,7 +243,7 @@ namespace {
              }) {
             SCOPED_TRACE(testing::Message() << "key " << row.event.keyCode << ", flags "
                                             << static_cast<unsigned>(row.event.flags));
-            others.keyLock.takesHold = row.isLocked;
+            keyboard.allowsTaps = row.isLocked;
             ASSERT_TRUE(start(siteSettings()));
             EXPECT_EQ(eventMonitors.send(row.event), row.verdict);
             EXPECT_EQ(controller->isActive(), !row.endsRun);
@@ -244,51 +257,52 @@ namespace {
         settings.requireExitPassword = true;
         settings.exitPassword = "abc";
         ASSERT_TRUE(start(settings));
-        others.keyLock.holdProgress(0.5);
-        EXPECT_EQ(others.holdFeedback.progress, 0.5);
-        others.keyLock.exitCombo();
-        others.keyLock.exitCombo();
-        ASSERT_EQ(others.exitPrompts.prompts, 1);
-        const auto request = *others.exitPrompts.request;
-        EXPECT_EQ(request.title, "BREAK SEAL");
-        EXPECT_EQ(request.subtitle, "Enter the exit password to leave kiosk mode");
-        EXPECT_TRUE(request.verify("abc"));
-        EXPECT_FALSE(request.verify("ABC") || request.verify("abc ") || request.verify(""));
+        holdGesture(500ms);
+        EXPECT_NEAR(sealViews.hold->progress.get(), 0.5, 0.02);
+        runLoop.advance(fullHold - 500ms);
+        EXPECT_EQ(sealViews.hold->progress.get(), 0.0);
+        letGo();
+        holdGesture(fullHold);
+        letGo();
+        ASSERT_EQ(sealViews.prompts, 1);
+        EXPECT_EQ(sealViews.prompt->question().title, "BREAK SEAL");
+        EXPECT_EQ(
+            sealViews.prompt->question().message, "Enter the exit password to leave kiosk mode");
+        EXPECT_NE(kioskWindow().content->exclusive, nullptr);
 
         journal.take();
-        request.onCancel();
+        sealViews.prompt->cancel();
         EXPECT_EQ(journal.take(), (Lines { "kiosk window first responder" }));
+        EXPECT_EQ(kioskWindow().content->exclusive, nullptr);
         EXPECT_TRUE(controller->isActive());
-        others.keyLock.exitCombo();
-        others.exitPrompts.request->onSuccess();
+        holdGesture(fullHold);
+        sealViews.prompt->password.set("abc ");
+        sealViews.prompt->submit();
+        EXPECT_TRUE(controller->isActive());
+        sealViews.prompt->password.set("abc");
+        sealViews.prompt->submit();
         EXPECT_FALSE(controller->isActive());
         EXPECT_EQ(exits, 1);
     }
 
-    TEST_F(KioskControllerTest, KeepsThePasswordsPromiseWithoutAPrompt)
+    TEST_F(KioskControllerTest, AsksForNoPasswordThatWasNeverSet)
     {
-        controller = makeController();
         auto settings = siteSettings();
         settings.requireExitPassword = true;
         ASSERT_TRUE(start(settings));
-        controller->requestExit();
-        EXPECT_FALSE(controller->isActive()) << "no password was ever set";
-
-        settings.exitPassword = "abc";
-        ASSERT_TRUE(start(settings));
-        controller->requestExit();
-        EXPECT_TRUE(controller->isActive()) << "nobody gave the password";
+        holdGesture(fullHold);
+        EXPECT_FALSE(controller->isActive());
     }
 
     TEST_F(KioskControllerTest, RestoresWhatItFoundAndSurvivesItsOwner)
     {
         application.options = PresentationOptions::HideDock;
         ASSERT_TRUE(start(siteSettings()));
-        const auto exitCombo = others.keyLock.exitCombo;
+        holdGesture(500ms);
         controller.reset();
         EXPECT_EQ(application.options, PresentationOptions::HideDock);
         EXPECT_EQ(exits, 0);
-        exitCombo();
+        runLoop.advance(1s);
         screens.plugIn({ 8, "Wall", { 1512, 0, 800, 600 }, 0 });
         EXPECT_EQ(eventMonitors.send(keyDown(keys::s, gesture)), pass);
     }

@@ -4,9 +4,12 @@
 #include "fakes/FakeDefaultsStore.h"
 #include "fakes/FakeEventMonitors.h"
 #include "fakes/FakeFileSystem.h"
+#include "fakes/FakeKeyboard.h"
+#include "fakes/FakeLockdown.h"
 #include "fakes/FakeRunLoop.h"
 #include "fakes/FakeScreens.h"
 #include "fakes/FakeSiteFiles.h"
+#include "fakes/FakeSystemLog.h"
 #include "fakes/FakeWindows.h"
 #include "kiosk/KioskController.h"
 
@@ -21,7 +24,8 @@ struct SealedMachine {
     {
         return std::make_unique<KioskController>(
             KioskController::Machine { screens, windows, windows, eventMonitors, application,
-                fileSystem, siteFiles, fileTypes },
+                fileSystem, siteFiles, fileTypes, runLoop, keyboard, keyboard, hotKeys, power,
+                sealViews, log },
             collaborators);
     }
 
@@ -36,6 +40,12 @@ struct SealedMachine {
     FakeFileSystem fileSystem;
     FakeSiteFiles siteFiles;
     FakeFileTypes fileTypes;
+    FakeRunLoop runLoop;
+    FakeKeyboard keyboard { journal };
+    FakeSymbolicHotKeys hotKeys { journal };
+    FakePowerAssertions power { journal };
+    FakeSealViews sealViews { journal };
+    FakeSystemLog log;
 };
 
 inline KioskSettings siteSettings()
@@ -47,7 +57,7 @@ inline KioskSettings siteSettings()
 
 inline Event keyDown(KeyCode key, ModifierFlags flags = ModifierFlags::None)
 {
-    return { .type = EventType::KeyDown, .keyCode = key, .flags = flags, .isRepeat = false };
+    return { .type = EventType::KeyDown, .keyCode = key, .flags = flags };
 }
 
 } // namespace quillox

@@ -1,15 +1,13 @@
 #pragma once
 
+#include "fakes/FakeLockdown.h"
 #include "fakes/Journal.h"
 #include "kiosk/RunCollaborators.h"
 #include "ports/WebView.h"
 
 #include <fmt/format.h>
-#include <optional>
 
 namespace quillox {
-
-struct FakeView final : View { };
 
 /// Everything that can join a run. Each notes in the journal what the run asks of it.
 class FakeCollaborators {
@@ -25,43 +23,6 @@ class FakeCollaborators {
             journal.add("make " + what);
             return std::make_unique<FakeView>();
         }
-    };
-
-    struct Lock final : Noting<KeyLock> {
-        using Noting::Noting;
-        std::function<void()> exitCombo;
-        std::function<void(double)> holdProgress;
-        bool takesHold = true;
-        bool isHeld = false;
-
-        void setOnExitCombo(std::function<void()> callback) override { exitCombo = callback; }
-        void setOnHoldProgress(std::function<void(double)> callback) override
-        {
-            holdProgress = callback;
-        }
-        bool start() override
-        {
-            journal.add("key lock on");
-            return isHeld = takesHold;
-        }
-        void stop() override
-        {
-            journal.add("key lock off");
-            isHeld = false;
-        }
-        bool isRunning() const override { return isHeld; }
-    };
-
-    struct HotKeys final : Noting<HotKeyGuard> {
-        using Noting::Noting;
-        void disable() override { journal.add("hot keys off"); }
-        void restore() override { journal.add("hot keys on"); }
-    };
-
-    struct Sleep final : Noting<SleepGuard> {
-        using Noting::Noting;
-        void start() override { journal.add("stay awake"); }
-        void stop() override { journal.add("may sleep"); }
     };
 
     struct Idle final : Noting<IdleWatch> {
@@ -89,16 +50,6 @@ class FakeCollaborators {
         void stopNetworkMonitor() override { journal.add("network watch ends"); }
     };
 
-    struct Hold final : Noting<HoldFeedback> {
-        using Noting::Noting;
-        double progress = -1;
-        void setProgress(double value) override { progress = value; }
-        std::unique_ptr<View> makeIndicator() override
-        {
-            return made(fmt::format("hold indicator at {}", progress));
-        }
-    };
-
     struct Aids final : Noting<NavigationAids> {
         using Noting::Noting;
         std::unique_ptr<View> makeNotchBar(const KioskSettings&, WebView&) override
@@ -112,45 +63,21 @@ class FakeCollaborators {
         }
     };
 
-    struct Prompts final : ExitPrompts {
-        std::optional<Request> request;
-        int prompts = 0;
-        std::unique_ptr<View> makePrompt(Request asked) override
-        {
-            request = std::move(asked);
-            ++prompts;
-            return std::make_unique<FakeView>();
-        }
-    };
-
 public:
     explicit FakeCollaborators(Journal& journal)
-        : keyLock(journal)
-        , hotKeys(journal)
-        , sleep(journal)
-        , idleWatch(journal)
+        : idleWatch(journal)
         , usage(journal)
         , connectivity(journal)
-        , holdFeedback(journal)
         , navigationAids(journal)
     {
     }
 
-    RunCollaborators all()
-    {
-        return { &keyLock, &hotKeys, &sleep, &idleWatch, &usage, &connectivity, &holdFeedback,
-            &navigationAids, &exitPrompts };
-    }
+    RunCollaborators all() { return { &idleWatch, &usage, &connectivity, &navigationAids }; }
 
-    Lock keyLock;
-    HotKeys hotKeys;
-    Sleep sleep;
     Idle idleWatch;
     Usage usage;
     Network connectivity;
-    Hold holdFeedback;
     Aids navigationAids;
-    Prompts exitPrompts;
 };
 
 } // namespace quillox

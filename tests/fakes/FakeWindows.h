@@ -54,6 +54,9 @@ public:
 
     void add(View& view, Rect area, Autoresizing) override;
     void move(View& view, Rect area) override;
+    void setExclusive(View* view) override { exclusive = view; }
+
+    View* exclusive = nullptr;
 
 private:
     Journal& m_journal;

@@ -5,9 +5,14 @@
 #include "platform/linux/gtk/DialogsGtk.h"
 #include "platform/linux/gtk/EventMonitorsGtk.h"
 #include "platform/linux/gtk/ScreensGdk.h"
+#include "platform/linux/gtk/SealViewsGtk.h"
 #include "platform/linux/gtk/WindowGtk.h"
 #include "platform/linux/gtk/WindowPlacement.h"
 #include "platform/linux/gtk/WorkspaceGtk.h"
+#include "platform/linux/lock/EventTapsLinux.h"
+#include "platform/linux/lock/PowerAssertionsLinux.h"
+#include "platform/linux/lock/RestoreNote.h"
+#include "platform/linux/lock/SymbolicHotKeysLinux.h"
 #include "platform/linux/system/FileSystemPosix.h"
 #include "platform/linux/system/FileTypesGio.h"
 #include "platform/linux/system/RunLoopGlib.h"
@@ -21,20 +26,40 @@ namespace quillox {
 /// Every port of the machine that needs a display, as Linux has it. Make it when the toolkit has
 /// started.
 struct LinuxPlatform {
-    LinuxPlatform(Glib::RefPtr<Gtk::Application> gtk, RunLoop& runLoop, SystemLog& log)
+    LinuxPlatform(const Glib::RefPtr<Gtk::Application>& gtk, RunLoop& runLoop, SystemLog& log)
         : screens(runLoop)
         , placement(makeWindowPlacement(screens, runLoop))
-        , application(std::move(gtk), *placement, log)
+        , application(gtk, *placement, log)
+        , eventTaps(eventMonitors, makeKeyboardLayer(application, runLoop), log)
+        , restoreNote(restoreNotePathFromEnvironment(), runLoop, log)
+        , symbolicHotKeys(restoreNote, runLoop, log)
+        , powerAssertions(
+              restoreNote, *gtk, [this] { return application.keyWindow(); }, log)
+        , sealViews(runLoop)
         , windows(*placement, application, eventMonitors)
         , webEngine(runLoop)
         , workspace(application, dialogs, log)
     {
     }
 
+    /// Puts back what a copy of the program that was killed could not. Call it once it is sure that
+    /// no other copy runs.
+    void restoreAfterCrash()
+    {
+        restoreNote.load();
+        symbolicHotKeys.restoreAfterCrash();
+        powerAssertions.restoreAfterCrash();
+    }
+
     ScreensGdk screens;
     std::unique_ptr<WindowPlacement> placement;
     ApplicationGtk application;
     EventMonitorsGtk eventMonitors;
+    EventTapsLinux eventTaps;
+    RestoreNote restoreNote;
+    SymbolicHotKeysLinux symbolicHotKeys;
+    PowerAssertionsLinux powerAssertions;
+    SealViewsGtk sealViews;
     WindowsGtk windows;
     WebEngine webEngine;
     AccessibilityTrustSession accessibility;

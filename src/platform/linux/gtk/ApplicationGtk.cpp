@@ -3,15 +3,22 @@
 #include "platform/linux/gtk/Toplevel.h"
 
 #include <algorithm>
-#include <gdk/wayland/gdkwayland.h>
 
 namespace quillox {
+
+namespace {
+
+    constexpr auto sealedReason = "Quillox kiosk is sealed";
+
+} // namespace
 
 ApplicationGtk::ApplicationGtk(
     Glib::RefPtr<Gtk::Application> application, WindowPlacement& placement, SystemLog& log)
     : m_application(std::move(application))
     , m_placement(placement)
-    , m_sessionInhibitor("shutdown:sleep", "Quillox kiosk is sealed", log)
+    , m_sessionEnd("shutdown:sleep", sealedReason, log)
+    , m_powerKeys("handle-power-key:handle-suspend-key:handle-hibernate-key:handle-lid-switch",
+          sealedReason, log)
 {
     m_application->hold();
 }
@@ -26,29 +33,17 @@ void ApplicationGtk::setPresentationOptions(PresentationOptions options)
 {
     m_options = options;
     inhibitSessionEnd(contains(options, PresentationOptions::DisableSessionTermination));
-    for (auto* window : m_sealedWindows)
-        inhibitShortcuts(*window, contains(options, PresentationOptions::DisableProcessSwitching));
-}
-
-void ApplicationGtk::inhibitShortcuts(Gtk::Window& window, bool inhibit)
-{
-    auto* surface = gtk_native_get_surface(GTK_NATIVE(window.gobj()));
-    if (!surface || !GDK_IS_WAYLAND_DISPLAY(gdk_surface_get_display(surface)))
-        return;
-    if (inhibit)
-        gdk_toplevel_inhibit_system_shortcuts(GDK_TOPLEVEL(surface), nullptr);
-    else
-        gdk_toplevel_restore_system_shortcuts(GDK_TOPLEVEL(surface));
 }
 
 void ApplicationGtk::inhibitSessionEnd(bool inhibit)
 {
-    m_sessionInhibitor.setEngaged(inhibit);
+    m_sessionEnd.setEngaged(inhibit);
+    m_powerKeys.setEngaged(inhibit);
     if (inhibit && m_sessionCookie == 0) {
         constexpr auto what = GTK_APPLICATION_INHIBIT_LOGOUT | GTK_APPLICATION_INHIBIT_SWITCH
             | GTK_APPLICATION_INHIBIT_SUSPEND;
         m_sessionCookie = gtk_application_inhibit(m_application->gobj(), nullptr,
-            static_cast<GtkApplicationInhibitFlags>(what), "Quillox kiosk is sealed");
+            static_cast<GtkApplicationInhibitFlags>(what), sealedReason);
     } else if (!inhibit && m_sessionCookie != 0) {
         gtk_application_uninhibit(m_application->gobj(), std::exchange(m_sessionCookie, 0));
     }
@@ -58,10 +53,15 @@ void ApplicationGtk::activate(bool)
 {
     // What is key takes the keyboard as it is ordered front; there is no further notion of an
     // active application.
-    for (auto* window : m_sealedWindows) {
-        if (window->get_visible() && window->get_focusable())
-            m_placement.takeKeyboard(*window);
-    }
+    if (auto* window = keyWindow())
+        m_placement.takeKeyboard(*window);
+}
+
+Gtk::Window* ApplicationGtk::keyWindow() const
+{
+    const auto found = std::ranges::find_if(m_sealedWindows,
+        [](auto* window) { return window->get_visible() && window->get_focusable(); });
+    return found == m_sealedWindows.end() ? nullptr : *found;
 }
 
 void ApplicationGtk::bringVisibleWindowsForward()
@@ -106,8 +106,9 @@ void ApplicationGtk::addSealedWindow(Gtk::Window& window)
 {
     m_sealedWindows.push_back(&window);
     refuseInspector(window);
-    window.signal_map().connect([this, &window] {
-        inhibitShortcuts(window, contains(m_options, PresentationOptions::DisableProcessSwitching));
+    window.signal_map().connect([this] {
+        if (onSealedWindowShown)
+            onSealedWindowShown();
     });
 }
 

@@ -4,6 +4,7 @@
 #include "platform/linux/system/SessionInhibitor.h"
 #include "ports/Application.h"
 
+#include <functional>
 #include <gtkmm/application.h>
 #include <gtkmm/window.h>
 #include <vector>
@@ -30,18 +31,26 @@ public:
     /// A window of a run; while there is one, the setup's windows are not brought before it.
     void addSealedWindow(Gtk::Window&);
     void removeSealedWindow(Gtk::Window&);
+    const std::vector<Gtk::Window*>& sealedWindows() const { return m_sealedWindows; }
+
+    /// The visible window of a run that may have the keyboard; none without a run.
+    Gtk::Window* keyWindow() const;
+
+    /// Called each time a window of a run has been shown.
+    std::function<void()> onSealedWindowShown;
 
     /// Brings the setup's windows to the front, with a token of the launcher that asked for it; it
     /// may be empty.
     void activateAllWindows(const std::string& token);
 
 private:
-    void inhibitShortcuts(Gtk::Window&, bool inhibit);
     void inhibitSessionEnd(bool inhibit);
 
     Glib::RefPtr<Gtk::Application> m_application;
     WindowPlacement& m_placement;
-    SessionInhibitor m_sessionInhibitor;
+    // Two, since the login manager may refuse the one and grant the other.
+    SessionInhibitor m_sessionEnd;
+    SessionInhibitor m_powerKeys;
     guint m_sessionCookie = 0;
     PresentationOptions m_options = PresentationOptions::Default;
     std::vector<Gtk::Window*> m_windows;

@@ -3,6 +3,7 @@
 #include "platform/linux/gtk/KeyTranslation.h"
 
 #include <algorithm>
+#include <array>
 #include <optional>
 #include <utility>
 
@@ -73,12 +74,17 @@ namespace {
     }
 
     /// F7 makes the text widget that the engine feeds its keys to abort the program; Menu and
-    /// Shift+F10 make it open a menu over the page, without asking anybody.
+    /// Shift+F10 make it open a menu over the page, without asking anybody. The others open
+    /// something of a toolkit's or a browser's where these have it.
     bool isToolkitKey(GdkEvent* event)
     {
-        const auto symbol = gdk_key_event_get_keyval(event);
-        return symbol == GDK_KEY_F7 || symbol == GDK_KEY_Menu || symbol == GDK_KEY_F10;
+        constexpr std::array symbols { GDK_KEY_F7, GDK_KEY_F10, GDK_KEY_F11, GDK_KEY_F12,
+            GDK_KEY_Menu, GDK_KEY_Print, GDK_KEY_Sys_Req };
+        const auto symbol = static_cast<int>(gdk_key_event_get_keyval(event));
+        return std::ranges::find(symbols, symbol) != symbols.end();
     }
+
+    constexpr auto keysKind = "quillox-keys";
 
     ModifierFlags without(ModifierFlags flags, ModifierFlags removed)
     {
@@ -88,7 +94,33 @@ namespace {
 
 } // namespace
 
+EventMonitorsGtk::EventMonitorsGtk()
+{
+    // Popups come and go deep inside the engine; this is where all of them pass.
+    g_type_class_unref(g_type_class_ref(GTK_TYPE_POPOVER));
+    m_popupHook = g_signal_add_emission_hook(
+        g_signal_lookup("map", GTK_TYPE_WIDGET), 0,
+        [](GSignalInvocationHint*, guint, const GValue* values, gpointer self) -> gboolean {
+            auto* widget = GTK_WIDGET(g_value_get_object(values));
+            if (GTK_IS_POPOVER(widget))
+                static_cast<EventMonitorsGtk*>(self)->watchPopup(widget);
+            return TRUE;
+        },
+        this, nullptr);
+}
+
+EventMonitorsGtk::~EventMonitorsGtk()
+{
+    g_signal_remove_emission_hook(g_signal_lookup("map", GTK_TYPE_WIDGET), m_popupHook);
+}
+
 void EventMonitorsGtk::attach(Gtk::Window& window, Keys keys)
+{
+    watch(GTK_WIDGET(window.gobj()), keys);
+    window.property_is_active().signal_changed().connect([this] { handleActivation(); });
+}
+
+void EventMonitorsGtk::watch(GtkWidget* widget, Keys keys)
 {
     auto* controller = gtk_event_controller_legacy_new();
     gtk_event_controller_set_propagation_phase(controller, GTK_PHASE_CAPTURE);
@@ -100,17 +132,52 @@ void EventMonitorsGtk::attach(Gtk::Window& window, Keys keys)
               return static_cast<EventMonitorsGtk*>(self)->handle(event, Keys::withoutToolkits);
           });
     g_signal_connect(controller, "event", callback, this);
-    gtk_widget_add_controller(GTK_WIDGET(window.gobj()), controller);
-    // Releases that happen elsewhere are never seen here.
-    window.property_is_active().signal_changed().connect([this] { forgetKeys(); });
+    gtk_widget_add_controller(widget, controller);
+    g_object_set_data(G_OBJECT(widget), keysKind, GUINT_TO_POINTER(keys == Keys::all ? 1 : 2));
 }
 
-void EventMonitorsGtk::forgetKeys()
+void EventMonitorsGtk::watchPopup(GtkWidget* popup)
 {
-    m_downKeys.clear();
+    const auto kindOf = [](auto* object) {
+        return GPOINTER_TO_UINT(g_object_get_data(G_OBJECT(object), keysKind));
+    };
+    auto* root = gtk_widget_get_root(popup);
+    if (root && kindOf(root) != 0 && kindOf(popup) == 0)
+        watch(popup, kindOf(root) == 1 ? Keys::all : Keys::withoutToolkits);
+}
+
+void EventMonitorsGtk::handleActivation()
+{
+    // Releases that happen elsewhere are never seen here.
+    if (!m_isIndependentOfFocus)
+        releaseKeys();
+}
+
+void EventMonitorsGtk::releaseKeys()
+{
+    const auto down = std::exchange(m_downKeys, {});
     m_swallowedKeys.clear();
     m_commandKeys.clear();
     m_judged.clear();
+    for (const auto hardwareKey : down)
+        ask({ .type = EventType::KeyUp, .keyCode = keyCodeFor(hardwareKey) });
+    if (!down.empty())
+        ask({ .type = EventType::FlagsChanged });
+}
+
+bool EventMonitorsGtk::isKeyDown(KeyCode key) const
+{
+    return std::ranges::find(m_downKeys, key, keyCodeFor) != m_downKeys.end();
+}
+
+Handle EventMonitorsGtk::setTap(EventMask mask, Handler handler, bool isIndependentOfFocus)
+{
+    m_tap = std::make_shared<const Monitor>(Monitor { mask, std::move(handler) });
+    m_isIndependentOfFocus = isIndependentOfFocus;
+    return Handle([this] {
+        m_tap.reset();
+        m_isIndependentOfFocus = false;
+    });
 }
 
 Handle EventMonitorsGtk::addLocalMonitor(EventMask mask, Handler handler)
@@ -123,19 +190,8 @@ Handle EventMonitorsGtk::addLocalMonitor(EventMask mask, Handler handler)
 bool EventMonitorsGtk::handle(GdkEvent* event, Keys keys)
 {
     const auto type = gdk_event_get_event_type(event);
-    if (type == GDK_KEY_PRESS || type == GDK_KEY_RELEASE) {
-        const auto known = std::ranges::find(
-            m_judged, event, [](const Judged& judged) { return judged.event.get(); });
-        if (known != m_judged.end())
-            return known->wasSwallowed;
-        const bool isSwallowed = handleKey(event, type == GDK_KEY_PRESS)
-            || (keys == Keys::withoutToolkits && isToolkitKey(event));
-        if (m_judged.size() >= judgedEvents)
-            m_judged.pop_front();
-        m_judged.push_back(
-            { std::unique_ptr<GdkEvent, EventUnref>(gdk_event_ref(event)), isSwallowed });
-        return isSwallowed;
-    }
+    if (type == GDK_KEY_PRESS || type == GDK_KEY_RELEASE)
+        return judgeKey(event, keys);
     const auto pointerType = pointerTypeFor(event);
     if (!pointerType)
         return false;
@@ -143,10 +199,44 @@ bool EventMonitorsGtk::handle(GdkEvent* event, Keys keys)
     return ask({ .type = *pointerType, .flags = flags }) == Verdict::Swallow;
 }
 
+bool EventMonitorsGtk::judgeKey(GdkEvent* event, Keys keys)
+{
+    const auto known = std::ranges::find(
+        m_judged, event, [](const Judged& judged) { return judged.event.get(); });
+    if (known != m_judged.end())
+        return known->wasSwallowed;
+    const bool isPress = gdk_event_get_event_type(event) == GDK_KEY_PRESS;
+    bool isSwallowed = handleKey(event, isPress);
+    if (isPress && !isSwallowed && keys == Keys::withoutToolkits && isToolkitKey(event)) {
+        m_swallowedKeys.insert(gdk_key_event_get_keycode(event));
+        isSwallowed = true;
+    }
+    if (m_judged.size() >= judgedEvents)
+        m_judged.pop_front();
+    m_judged.push_back(
+        { std::unique_ptr<GdkEvent, EventUnref>(gdk_event_ref(event)), isSwallowed });
+    return isSwallowed;
+}
+
 bool EventMonitorsGtk::handleKey(GdkEvent* event, bool isPress)
 {
     const auto hardwareKey = gdk_key_event_get_keycode(event);
-    const auto modifier = modifierFor(gdk_key_event_get_keyval(event));
+    const auto translated = translateKey(event, isPress);
+    // Repeats too: the modifiers of a gesture may go up before its letter does.
+    const bool pressWasSwallowed = isPress
+        ? translated.isRepeat && m_swallowedKeys.contains(hardwareKey)
+        : m_swallowedKeys.erase(hardwareKey) > 0;
+    const bool isSwallowed = ask(translated) == Verdict::Swallow;
+    if (isPress && isSwallowed)
+        m_swallowedKeys.insert(hardwareKey);
+    return isSwallowed || pressWasSwallowed;
+}
+
+Event EventMonitorsGtk::translateKey(GdkEvent* event, bool isPress)
+{
+    const auto hardwareKey = gdk_key_event_get_keycode(event);
+    const auto symbol = gdk_key_event_get_keyval(event);
+    const auto modifier = modifierFor(symbol);
     if (modifier == ModifierFlags::Command) {
         if (isPress)
             m_commandKeys.insert(hardwareKey);
@@ -164,21 +254,28 @@ bool EventMonitorsGtk::handleKey(GdkEvent* event, bool isPress)
     Event translated { .type = isPress ? EventType::KeyDown : EventType::KeyUp,
         .keyCode = keyCodeFor(hardwareKey),
         .flags = flags };
-    if (modifier != ModifierFlags::None)
-        translated.type = EventType::FlagsChanged;
     if (isPress)
         translated.isRepeat = !m_downKeys.insert(hardwareKey).second;
     else
         m_downKeys.erase(hardwareKey);
-
-    const bool pressWasSwallowed = !isPress && m_swallowedKeys.erase(hardwareKey) > 0;
-    const bool isSwallowed = ask(translated) == Verdict::Swallow;
-    if (isPress && isSwallowed)
-        m_swallowedKeys.insert(hardwareKey);
-    return isSwallowed || pressWasSwallowed;
+    if (modifier != ModifierFlags::None) {
+        translated.type = EventType::FlagsChanged;
+    } else if (isAuxiliaryControl(symbol)) {
+        translated.type = EventType::SystemDefined;
+        translated.subtype = auxiliaryControlButtons;
+    }
+    return translated;
 }
 
 EventMonitors::Verdict EventMonitorsGtk::ask(const Event& event)
+{
+    const auto tap = m_tap; // It may be taken out while it is asked.
+    if (tap && (tap->mask & maskOf(event.type)) && tap->handler(event) == Verdict::Swallow)
+        return Verdict::Swallow;
+    return askMonitors(event);
+}
+
+EventMonitors::Verdict EventMonitorsGtk::askMonitors(const Event& event)
 {
     auto verdict = Verdict::Pass;
     const auto firstNewId = m_nextId;

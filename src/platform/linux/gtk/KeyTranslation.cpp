@@ -107,6 +107,18 @@ KeyCode keyCodeFor(unsigned hardwareKeycode)
     return found == keyCodes.end() ? keys::unknown : found->second;
 }
 
+std::optional<unsigned> hardwareKeyFor(KeyCode key)
+{
+    const auto found = std::ranges::find(keyCodes, key, &std::pair<unsigned, KeyCode>::second);
+    return found == keyCodes.end() ? std::nullopt : std::optional(found->first + keycodeOffset);
+}
+
+bool isAuxiliaryControl(unsigned keySymbol)
+{
+    // The range that X sets aside for the keys of keyboard makers.
+    return keySymbol >= 0x1008FE00 && keySymbol <= 0x1008FFFF;
+}
+
 ModifierFlags modifierFor(unsigned keySymbol)
 {
     switch (keySymbol) {

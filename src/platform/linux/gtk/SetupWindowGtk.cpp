@@ -5,14 +5,13 @@
 #include <gtkmm/entry.h>
 #include <gtkmm/gestureclick.h>
 #include <gtkmm/label.h>
+#include <gtkmm/overlay.h>
 #include <gtkmm/shortcutcontroller.h>
 #include <gtkmm/stylecontext.h>
 
 namespace quillox {
 
 namespace {
-
-    constexpr auto resources = "/com/orvendal/quillox/";
 
     void setAccessibleName(Gtk::Widget& widget, const char* name)
     {
@@ -23,13 +22,14 @@ namespace {
 } // namespace
 
 SetupWindowGtk::SetupWindowGtk(
-    SetupView& view, AutoStartCountdownOverlay& countdown, const char* title)
+    SetupView& view, AutoStartCountdownOverlay& countdown, RunLoop& runLoop, const char* title)
     : m_view(view)
     , m_countdown(countdown)
-    , m_builder(Gtk::Builder::create_from_resource(std::string(resources) + "setup-window.ui"))
+    , m_runLoop(runLoop)
+    , m_builder(Gtk::Builder::create_from_resource("/com/orvendal/quillox/setup-window.ui"))
 {
     auto style = Gtk::CssProvider::create();
-    style->load_from_resource(std::string(resources) + "quillox.css");
+    style->load_from_resource("/com/orvendal/quillox/quillox.css");
     Gtk::StyleContext::add_provider_for_display(
         m_window.get_display(), style, GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
 
@@ -39,6 +39,7 @@ SetupWindowGtk::SetupWindowGtk(
     fillIn();
     connectSetup();
     connectCountdown();
+    connectGesture();
     refresh();
 }
 
@@ -85,6 +86,39 @@ void SetupWindowGtk::connectCountdown()
     m_window.add_controller(shortcuts);
 }
 
+void SetupWindowGtk::connectGesture()
+{
+    auto& content = get<Gtk::Overlay>("content");
+    for (SealPanelGtk* panel :
+        std::initializer_list<SealPanelGtk*> { &m_holdOverlay, &m_hintOverlay, &m_releaseOverlay })
+        content.add_overlay(panel->widget());
+    m_window.signal_map().connect([this] { m_view.appear(); });
+    m_window.signal_unmap().connect([this] { m_view.disappear(); });
+    m_gestureObservations = m_view.observeGesture([this] { refreshGesture(); });
+}
+
+void SetupWindowGtk::refreshGesture()
+{
+    m_holdOverlay.update(m_view.holdOverlay());
+    m_hintOverlay.update(m_view.hintOverlay());
+    m_releaseOverlay.setShown(m_view.isWaitingForRelease());
+    refreshPrompt();
+}
+
+void SetupWindowGtk::refreshPrompt()
+{
+    auto* prompt = m_view.prompt();
+    if (!!prompt == !!m_prompt)
+        return;
+    if (!prompt) {
+        m_prompt.reset();
+        get<Gtk::Button>("seal").grab_focus();
+        return;
+    }
+    m_prompt = std::make_unique<SealPromptGtk>(*prompt, m_runLoop);
+    get<Gtk::Overlay>("content").add_overlay(m_prompt->widget());
+}
+
 void SetupWindowGtk::refresh()
 {
     auto& address = get<Gtk::Entry>("address");
@@ -102,12 +136,18 @@ void SetupWindowGtk::refresh()
     seal.set_label(m_view.sealTitle());
     seal.set_sensitive(m_view.canSeal());
 
-    const bool isCounting = m_countdown.isShown();
-    if (isCounting || !m_view.isEnabled())
+    const bool isFree = m_view.isEnabled() && !m_view.prompt() && !m_countdown.isShown();
+    if (!isFree && get<Gtk::Widget>("setup").get_sensitive())
         m_window.unset_focus(); // An entry must lose the keyboard before it goes dim.
-    get<Gtk::Widget>("setup").set_sensitive(m_view.isEnabled() && !isCounting);
+    get<Gtk::Widget>("setup").set_sensitive(isFree);
+    refreshCountdown();
+}
+
+void SetupWindowGtk::refreshCountdown()
+{
     auto& overlay = get<Gtk::Widget>("countdown");
     const bool wasCounting = overlay.get_visible();
+    const bool isCounting = m_countdown.isShown();
     overlay.set_visible(isCounting);
     if (!isCounting)
         return;

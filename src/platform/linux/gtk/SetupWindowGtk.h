@@ -1,19 +1,22 @@
 #pragma once
 
+#include "platform/linux/gtk/SealOverlaysGtk.h"
+#include "platform/linux/gtk/SealPromptGtk.h"
 #include "support/Handle.h"
 #include "ui/AutoStartCountdownOverlay.h"
 #include "ui/SetupView.h"
 
 #include <gtkmm/builder.h>
 #include <gtkmm/window.h>
+#include <memory>
 #include <vector>
 
 namespace quillox {
 
-/// Shows the setup screen and the countdown over it.
+/// Shows the setup screen and, over it, the countdown, the progress of the gesture and the prompt.
 class SetupWindowGtk final {
 public:
-    SetupWindowGtk(SetupView&, AutoStartCountdownOverlay&, const char* title);
+    SetupWindowGtk(SetupView&, AutoStartCountdownOverlay&, RunLoop&, const char* title);
 
     Gtk::Window& window() { return m_window; }
 
@@ -26,13 +29,23 @@ private:
     void fillIn();
     void connectSetup();
     void connectCountdown();
+    void connectGesture();
     void refresh();
+    void refreshCountdown();
+    void refreshGesture();
+    void refreshPrompt();
 
     SetupView& m_view;
     AutoStartCountdownOverlay& m_countdown;
+    RunLoop& m_runLoop;
     Glib::RefPtr<Gtk::Builder> m_builder;
     Gtk::Window m_window;
+    SealHoldOverlayGtk m_holdOverlay;
+    SealHintOverlayGtk m_hintOverlay;
+    SealReleaseOverlayGtk m_releaseOverlay;
+    std::unique_ptr<SealPromptGtk> m_prompt;
     std::vector<Handle> m_observations;
+    std::vector<Handle> m_gestureObservations;
 };
 
 } // namespace quillox

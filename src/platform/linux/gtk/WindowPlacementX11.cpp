@@ -26,6 +26,7 @@ WindowPlacementX11::WindowPlacementX11(ScreensGdk& screens, RunLoop& runLoop)
     , m_runLoop(runLoop)
     , m_gdkDisplay(gdk_display_get_default())
     , m_display(gdk_x11_display_get_xdisplay(m_gdkDisplay))
+    , m_guard(runLoop)
 {
 }
 
@@ -51,16 +52,21 @@ void WindowPlacementX11::cover(Gtk::Window& window, std::uint32_t, const Rect& f
     place(); // Mapping may have resized it.
     XRaiseWindow(m_display, xidOf(window));
     XSync(m_display, False);
+    m_guard.add(xidOf(window));
 }
 
 void WindowPlacementX11::takeKeyboard(Gtk::Window& window)
 {
-    keepTryingFor(xidOf(window), focusAttempts);
+    m_retry.reset();
+    if (m_guard.guards(xidOf(window)))
+        m_guard.setKeyWindow(xidOf(window));
+    else
+        keepTryingFor(xidOf(window), focusAttempts);
 }
 
 void WindowPlacementX11::hide(Gtk::Window& window)
 {
-    m_retry.reset();
+    m_guard.remove(xidOf(window));
     window.set_visible(false);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/linux/gtk/WindowPlacement.h"
+#include "platform/linux/lock/StackingGuardX11.h"
 #include "support/Handle.h"
 
 #include <gdk/x11/gdkx.h>
@@ -8,7 +9,8 @@
 namespace quillox {
 
 /// Override-redirect windows: the one way that puts a window on the right screen with every window
-/// manager and with none, and that a desktop switch leaves alone.
+/// manager and with none, and that a desktop switch leaves alone. While they are shown, nothing
+/// else comes on top or has the keyboard for long.
 class WindowPlacementX11 final : public WindowPlacement {
 public:
     WindowPlacementX11(ScreensGdk&, RunLoop&);
@@ -31,6 +33,7 @@ private:
     RunLoop& m_runLoop;
     GdkDisplay* m_gdkDisplay;
     ::Display* m_display;
+    StackingGuardX11 m_guard;
     Handle m_retry;
 };
 

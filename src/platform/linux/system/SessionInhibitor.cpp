@@ -78,7 +78,7 @@ void SessionInhibitor::handleReply(const GError* error, GUnixFDList* descriptors
     }
     if (std::exchange(m_hasLoggedFailure, true))
         return;
-    m_log.write(fmt::format("Quillox: the session's end is not inhibited ({}): {}.", m_what,
+    m_log.write(fmt::format("Quillox: the login manager does not inhibit {}: {}.", m_what,
         error ? error->message : "no inhibitor was handed out"));
 }
 

@@ -46,6 +46,16 @@ namespace {
         return nullptr;
     }
 
+    /// Scripts open lists too. A view that may not have the keyboard must not take it that way.
+    gboolean refuseListWhileShutOut(
+        WebKitWebView* view, WebKitOptionMenu* menu, GdkRectangle*, gpointer)
+    {
+        if (gtk_widget_get_can_focus(GTK_WIDGET(view)))
+            return FALSE;
+        webkit_option_menu_close(menu);
+        return TRUE;
+    }
+
     void removeTooltip(GtkWidget* view, GParamSpec*, gpointer)
     {
         if (gtk_widget_get_has_tooltip(view))
@@ -64,6 +74,7 @@ void refuseEverythingElse(WebKitWebView* view)
     g_signal_connect(view, "print", G_CALLBACK(showNothing), nullptr);
     g_signal_connect(view, "show-notification", G_CALLBACK(showNothing), nullptr);
     g_signal_connect(view, "create", G_CALLBACK(openNoWindow), nullptr);
+    g_signal_connect(view, "show-option-menu", G_CALLBACK(refuseListWhileShutOut), nullptr);
     g_signal_connect(view, "notify::has-tooltip", G_CALLBACK(removeTooltip), nullptr);
 }
 

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "support/Geometry.h"
+
+#include <gtkmm/cssprovider.h>
+#include <gtkmm/stylecontext.h>
+#include <gtkmm/widget.h>
+#include <string>
+
+namespace quillox {
+
+std::string cssColor(const Color&);
+
+/// Style of one widget that the style sheet cannot know, because the core says it.
+class WidgetStyle final {
+public:
+    explicit WidgetStyle(Gtk::Widget&);
+
+    /// Replaces what was set before. The rules apply to the widget and to the parts inside it that
+    /// are no widgets of their own.
+    void set(const std::string& rules);
+
+private:
+    Glib::RefPtr<Gtk::CssProvider> m_provider = Gtk::CssProvider::create();
+};
+
+} // namespace quillox

@@ -1,0 +1,128 @@
+#include "platform/linux/lock/EventTapsLinux.h"
+
+#include "platform/linux/gtk/ApplicationGtk.h"
+#include "platform/linux/gtk/EventMonitorsGtk.h"
+#include "platform/linux/gtk/KeyTranslation.h"
+#include "platform/linux/lock/KeyboardGrabX11.h"
+#include "platform/linux/lock/ShortcutsInhibitorWayland.h"
+#include "ports/SystemLog.h"
+
+#include <array>
+#include <fmt/format.h>
+
+namespace quillox {
+
+class EventTapsLinux::Tap final : public EventTap {
+public:
+    Tap(EventTapsLinux& owner, EventMask mask, Handler handler)
+        : m_owner(owner)
+        , m_handler(handler)
+        , m_filter(owner.m_monitors.setTap(
+              mask, std::move(handler), owner.m_layer->isIndependentOfFocus()))
+    {
+        m_owner.m_tap = this;
+    }
+    ~Tap() override
+    {
+        m_filter.reset();
+        m_owner.m_tap = nullptr;
+        m_owner.m_layer->release();
+    }
+
+    void setEnabled(bool isEnabled) override
+    {
+        if (isEnabled)
+            m_owner.m_layer->engage();
+        else
+            m_owner.m_layer->release();
+    }
+
+    void reportDisabled() const { m_handler({ .type = EventType::TapDisabledByUserInput }); }
+
+private:
+    EventTapsLinux& m_owner;
+    Handler m_handler;
+    Handle m_filter;
+};
+
+EventTapsLinux::EventTapsLinux(
+    EventMonitorsGtk& monitors, std::unique_ptr<KeyboardLayer> layer, SystemLog& log)
+    : m_monitors(monitors)
+    , m_layer(std::move(layer))
+    , m_log(log)
+{
+    m_layer->onChange = [this] { handleLayerChange(); };
+}
+
+std::unique_ptr<EventTap> EventTapsLinux::create(Options options, EventMask mask, Handler handler)
+{
+    if (m_tap)
+        return nullptr;
+    if (!m_layer->engage()) {
+        // Who waits for the layer needs it to go on trying.
+        if (!m_onAvailable)
+            m_layer->release();
+        return nullptr;
+    }
+    if (options == Options::ListenOnly) {
+        handler = [listener = std::move(handler)](const Event& event) {
+            listener(event);
+            return Verdict::Pass;
+        };
+    }
+    return std::make_unique<Tap>(*this, mask, std::move(handler));
+}
+
+Handle EventTapsLinux::onAvailable(std::function<void()> callback)
+{
+    m_onAvailable = std::move(callback);
+    m_isLost = !m_layer->engage(); // Who could not create a tap has said so.
+    return Handle([this] {
+        m_onAvailable = nullptr;
+        if (!m_tap)
+            m_layer->release();
+    });
+}
+
+void EventTapsLinux::handleLayerChange()
+{
+    if (!m_layer->isHeld() && m_tap)
+        m_tap->reportDisabled(); // Its owner takes the layer back, if that can be done at once.
+    noteLoss(!m_layer->isHeld());
+    if (!m_layer->isHeld())
+        m_monitors.releaseKeys();
+    if (!m_layer->isHeld() || m_tap)
+        return;
+    if (const auto available = m_onAvailable)
+        available();
+}
+
+void EventTapsLinux::noteLoss(bool isLost)
+{
+    if (std::exchange(m_isLost, isLost) == isLost)
+        return;
+    m_log.write(fmt::format(
+        "Quillox: keyboard lock {}: {}.", isLost ? "missing" : "back", m_layer->name()));
+}
+
+bool EventTapsLinux::isKeyDown(KeyStateSource, KeyCode key) const
+{
+    auto* display = gdk_display_get_default();
+    if (!GDK_IS_X11_DISPLAY(display))
+        return m_monitors.isKeyDown(key);
+    const auto hardwareKey = hardwareKeyFor(key);
+    std::array<char, 32> keys {};
+    XQueryKeymap(gdk_x11_display_get_xdisplay(display), keys.data());
+    return hardwareKey && (keys.at(*hardwareKey / 8) >> (*hardwareKey % 8) & 1) != 0;
+}
+
+std::unique_ptr<KeyboardLayer> makeKeyboardLayer(ApplicationGtk& application, RunLoop& runLoop)
+{
+    if (GDK_IS_X11_DISPLAY(gdk_display_get_default())) {
+        return std::make_unique<KeyboardGrabX11>(
+            [&application] { return application.keyWindow(); }, runLoop);
+    }
+    return std::make_unique<ShortcutsInhibitorWayland>(application, runLoop);
+}
+
+} // namespace quillox

@@ -1,0 +1,212 @@
+#include "lockdown/SystemKeyBlocker.h"
+#include "fakes/FakeKeyboard.h"
+#include "fakes/FakeLockdown.h"
+#include "fakes/FakeRunLoop.h"
+#include "fakes/FakeSystemLog.h"
+#include "lockdown/DisplaySleepBlocker.h"
+#include "lockdown/SystemHotKeyBlocker.h"
+
+#include <gtest/gtest.h>
+
+namespace quillox {
+
+namespace {
+
+    using namespace std::chrono_literals;
+    using Lines = std::vector<std::string>;
+    using enum ModifierFlags;
+    using enum EventMonitors::Verdict;
+    using Action = KeyDecision::Action;
+    constexpr auto gesture = Command | Shift;
+
+    TEST(KeyDecisionTest, FollowsItsTable)
+    {
+        using enum EventType;
+        constexpr KeyCode q = 12, tab = 48, left = 123;
+        struct Row {
+            EventType type;
+            KeyCode key;
+            ModifierFlags flags;
+            bool isSDown;
+            KeyDecision expected;
+            std::int16_t subtype = 0;
+        };
+        for (const auto& row : std::vector<Row> {
+                 { TapDisabledByTimeout, 0, gesture, true, { Action::ReenableTap, Pass } },
+                 { TapDisabledByUserInput, 1, None, false, { Action::ReenableTap, Pass } },
+                 { SystemDefined, 0, None, false, { Action::None, Swallow }, 8 },
+                 { SystemDefined, 1, gesture, false, { Action::None, Pass }, 7 },
+                 { KeyDown, keys::s, gesture, true, { Action::BeginHold, Swallow } },
+                 { KeyDown, keys::s, gesture | Option, true, { Action::BeginHold, Swallow } },
+                 { KeyDown, keys::s, Command, true, { Action::None, Swallow } },
+                 { KeyDown, keys::s, Control | Shift, true, { Action::None, Swallow } },
+                 { KeyDown, keys::s, Shift, true, { Action::None, Pass } },
+                 { FlagsChanged, keys::s, gesture, false, { Action::None, Pass } },
+                 { FlagsChanged, keys::s, Shift, false, { Action::CancelHold, Pass } },
+                 { KeyUp, keys::s, gesture, true, { Action::CancelHold, Pass } },
+                 { KeyUp, keys::s, gesture, false, { Action::ArmAndCancelHold, Pass } },
+                 { KeyUp, keys::s, None, false, { Action::ArmAndCancelHold, Pass } },
+                 { LeftMouseDown, keys::s, gesture, false, { Action::None, Pass } },
+                 { FlagsChanged, 56, gesture, true, { Action::None, Pass } },
+                 { FlagsChanged, 56, Command, true, { Action::CancelHold, Pass } },
+                 { KeyDown, tab, Command, false, { Action::None, Swallow } },
+                 { KeyDown, q, gesture, false, { Action::None, Swallow } },
+                 { KeyDown, left, Control, false, { Action::None, Swallow } },
+                 { KeyDown, 14, Option, false, { Action::None, Pass } },
+                 { KeyDown, 0, Shift | CapsLock, false, { Action::None, Pass } },
+                 { KeyDown, keys::escape, None, false, { Action::None, Pass } },
+                 { KeyUp, q, Command, false, { Action::None, Pass } },
+             }) {
+            const Event event { row.type, row.key, row.flags, false, row.subtype };
+            EXPECT_EQ(decideKey(event, row.isSDown), row.expected)
+                << "type " << static_cast<unsigned>(row.type) << ", key " << row.key << ", flags "
+                << static_cast<unsigned>(row.flags);
+        }
+    }
+
+    class SystemKeyBlockerTest : public testing::Test {
+    protected:
+        SystemKeyBlockerTest()
+        {
+            blocker.onExitCombo = [this] { ++exits; };
+            blocker.onHoldProgress = [this](double value) { progress.push_back(value); };
+        }
+
+        Journal journal;
+        FakeKeyboard keyboard { journal };
+        FakeRunLoop runLoop;
+        FakeSystemLog log;
+        SystemKeyBlocker blocker { { runLoop, keyboard, keyboard, log } };
+        int exits = 0;
+        std::vector<double> progress;
+    };
+
+    TEST_F(SystemKeyBlockerTest, ExitsOncePerFullHold)
+    {
+        ASSERT_TRUE(blocker.start());
+        EXPECT_TRUE(blocker.start());
+        EXPECT_EQ(keyboard.created, 1);
+
+        keyboard.press(keys::s, gesture);
+        runLoop.advance(500ms);
+        EXPECT_EQ(progress.size(), 30U) << "sixty a second";
+        EXPECT_NEAR(progress.back(), 0.5, 0.02);
+        keyboard.release(keys::s, gesture);
+        runLoop.advance(2s);
+        EXPECT_EQ(progress.back(), 0.0);
+        EXPECT_EQ(exits, 0);
+
+        keyboard.press(keys::s, gesture);
+        runLoop.advance(1020ms);
+        EXPECT_EQ(exits, 1);
+        ASSERT_GE(progress.size(), 2U);
+        EXPECT_EQ(progress[progress.size() - 2], 1.0);
+        EXPECT_EQ(progress.back(), 0.0);
+        keyboard.press(keys::s, gesture); // The keyboard repeats.
+        runLoop.advance(2s);
+        EXPECT_EQ(exits, 1);
+        keyboard.release(keys::s, gesture);
+        keyboard.press(keys::s, gesture);
+        runLoop.advance(1020ms);
+        EXPECT_EQ(exits, 2);
+    }
+
+    TEST_F(SystemKeyBlockerTest, BeginsAHoldOnlyWithAFreshS)
+    {
+        keyboard.down.insert(keys::s);
+        ASSERT_TRUE(blocker.start());
+        keyboard.press(keys::s, gesture);
+        runLoop.advance(2s);
+        EXPECT_TRUE(progress.empty()) << "S was down when the run was sealed";
+
+        // A release that the keyboard does not confirm arms nothing.
+        keyboard.send({ .type = EventType::KeyUp, .keyCode = keys::s, .flags = gesture });
+        keyboard.press(keys::s, gesture);
+        runLoop.advance(2s);
+        EXPECT_EQ(exits, 0);
+
+        keyboard.release(keys::s, gesture);
+        keyboard.press(keys::s, gesture);
+        runLoop.advance(300ms);
+        keyboard.changeFlags(Command);
+        keyboard.changeFlags(gesture);
+        keyboard.press(keys::s, gesture);
+        runLoop.advance(2s);
+        EXPECT_EQ(exits, 0) << "Shift had been let go";
+        EXPECT_EQ(progress.back(), 0.0);
+
+        blocker.stop();
+        keyboard.down.clear();
+        keyboard.downInSession = { keys::s };
+        ASSERT_TRUE(blocker.start());
+        keyboard.press(keys::s, gesture);
+        runLoop.advance(2s);
+        EXPECT_EQ(exits, 0);
+    }
+
+    TEST_F(SystemKeyBlockerTest, SaysThatItCannotStartAndStartsWhenItCan)
+    {
+        keyboard.allowsTaps = false;
+        EXPECT_FALSE(SystemKeyBlocker::canCreateTap(keyboard));
+        EXPECT_FALSE(blocker.start());
+        EXPECT_FALSE(blocker.isRunning());
+        EXPECT_EQ(log.lines(),
+            (Lines { "Quillox: could not create event tap — Accessibility permission missing." }));
+        keyboard.allowTaps();
+        EXPECT_TRUE(blocker.isRunning());
+        EXPECT_FALSE(keyboard.isAwaited());
+        keyboard.send({ .type = EventType::TapDisabledByTimeout });
+        EXPECT_EQ(keyboard.reenabled, 1);
+
+        blocker.stop();
+        blocker.stop();
+        EXPECT_FALSE(keyboard.isTapped());
+        EXPECT_TRUE(SystemKeyBlocker::canCreateTap(keyboard));
+        EXPECT_FALSE(keyboard.isTapped());
+
+        keyboard.allowsTaps = false;
+        EXPECT_FALSE(blocker.start());
+        blocker.stop();
+        keyboard.allowTaps();
+        EXPECT_FALSE(blocker.isRunning()) << "nobody wants it any more";
+    }
+
+    TEST(DisplaySleepBlockerTest, HoldsOneAssertionAndLogsTheSystemsCode)
+    {
+        Journal journal;
+        FakePowerAssertions power(journal);
+        FakeSystemLog log;
+        DisplaySleepBlocker blocker(power, log);
+        power.result = static_cast<std::int32_t>(0xE00002E2);
+        blocker.start();
+        blocker.stop();
+        EXPECT_EQ(journal.take().size(), 1U) << "nothing was there to release";
+        EXPECT_EQ(log.lines(),
+            (Lines { "Quillox: could not create display-sleep assertion (error -536870174)." }));
+        power.result = 0;
+        blocker.start();
+        blocker.start();
+        blocker.stop();
+        blocker.stop();
+        EXPECT_EQ(journal.take(),
+            (Lines { "assert PreventUserIdleDisplaySleep 255 'Quillox kiosk is sealed'",
+                "release assertion 1" }));
+    }
+
+    TEST(SystemHotKeyBlockerTest, SaysOnceThatTheSystemHasNoSwitch)
+    {
+        Journal journal;
+        FakeSymbolicHotKeys hotKeys(journal);
+        FakeSystemLog log;
+        hotKeys.available = false;
+        SystemHotKeyBlocker blocker(hotKeys, log);
+        blocker.disable();
+        blocker.restore();
+        EXPECT_TRUE(journal.take().empty());
+        EXPECT_EQ(log.lines(),
+            (Lines { "Quillox: CGSSetSymbolicHotKeyEnabled unavailable — hotkeys not blocked." }));
+    }
+
+} // namespace
+
+} // namespace quillox

@@ -1,0 +1,99 @@
+#pragma once
+
+#include "fakes/Journal.h"
+#include "ports/EventTap.h"
+#include "ports/KeyState.h"
+
+#include <set>
+
+namespace quillox {
+
+/// The session's keyboard: keys that go down and up, and at most one tap that sees them first.
+class FakeKeyboard final : public EventTaps, public KeyState {
+public:
+    explicit FakeKeyboard(Journal& journal)
+        : m_journal(journal)
+    {
+    }
+
+    bool allowsTaps = true;
+    int created = 0;
+    int reenabled = 0;
+    std::set<KeyCode> down; ///< As the keyboards report.
+    std::set<KeyCode> downInSession; ///< Besides, as the session sees it.
+
+    bool isTapped() const { return m_handler != nullptr; }
+
+    /// Gives the event to the tap; whether the application would get it.
+    Verdict send(const Event& event)
+    {
+        const auto handler = m_handler;
+        return handler ? handler(event) : Verdict::Pass;
+    }
+
+    Verdict press(KeyCode key, ModifierFlags flags = ModifierFlags::None)
+    {
+        down.insert(key);
+        return send({ .type = EventType::KeyDown, .keyCode = key, .flags = flags });
+    }
+    Verdict release(KeyCode key, ModifierFlags flags = ModifierFlags::None)
+    {
+        down.erase(key);
+        return send({ .type = EventType::KeyUp, .keyCode = key, .flags = flags });
+    }
+    Verdict changeFlags(ModifierFlags flags)
+    {
+        return send({ .type = EventType::FlagsChanged, .flags = flags });
+    }
+
+    /// From now on taps can be created; whoever waits for it is told.
+    void allowTaps()
+    {
+        allowsTaps = true;
+        if (const auto available = m_onAvailable)
+            available();
+    }
+    bool isAwaited() const { return m_onAvailable != nullptr; }
+
+    std::unique_ptr<EventTap> create(Options, EventMask, Handler handler) override
+    {
+        if (!allowsTaps)
+            return nullptr;
+        ++created;
+        return std::make_unique<Tap>(*this, std::move(handler));
+    }
+    Handle onAvailable(std::function<void()> callback) override
+    {
+        m_onAvailable = std::move(callback);
+        return Handle([this] { m_onAvailable = nullptr; });
+    }
+    bool isKeyDown(KeyStateSource source, KeyCode key) const override
+    {
+        return down.contains(key)
+            || (source == KeyStateSource::CombinedSession && downInSession.contains(key));
+    }
+
+private:
+    struct Tap final : EventTap {
+        Tap(FakeKeyboard& keyboard, Handler handler)
+            : owner(keyboard)
+        {
+            owner.m_handler = std::move(handler);
+            owner.m_journal.add("key lock on");
+        }
+        ~Tap() override
+        {
+            owner.m_handler = nullptr;
+            owner.m_journal.add("key lock off");
+        }
+        void setEnabled(bool isEnabled) override { owner.reenabled += isEnabled; }
+
+        FakeKeyboard& owner;
+    };
+
+    Journal& m_journal;
+    Handler m_handler;
+    std::function<void()> m_onAvailable;
+};
+
+} // namespace quillox
