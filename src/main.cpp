@@ -8,6 +8,7 @@
 #include "kiosk/KioskController.h"
 #include "platform/linux/LinuxPlatform.h"
 #include "platform/linux/gtk/SetupWindowGtk.h"
+#include "platform/linux/survey/RunDoctor.h"
 #include "platform/linux/system/DefaultsStoreFile.h"
 #include "platform/linux/system/Environment.h"
 #include "platform/linux/system/RunCommandLine.h"
@@ -161,7 +162,8 @@ int main(int argc, char** argv)
     using namespace quillox;
     const auto commandLine = CommandLine::parse({ argv + 1, argv + argc });
     using Kind = CommandLine::Kind;
-    const bool needsDisplay = commandLine.kind == Kind::run || commandLine.kind == Kind::displays;
+    const bool needsDisplay = commandLine.kind == Kind::run || commandLine.kind == Kind::displays
+        || commandLine.kind == Kind::doctor;
     if (!needsDisplay)
         return runCommandLine(commandLine);
 
@@ -170,6 +172,8 @@ int main(int argc, char** argv)
     std::error_code error;
     const auto executable = std::filesystem::read_symlink("/proc/self/exe", error);
     const auto graphics = prepareEnvironment();
+    if (commandLine.kind == Kind::doctor)
+        return runDoctor(commandLine);
     if (!gtk_init_check()) {
         log.write("Quillox: there is no display to open; set DISPLAY or WAYLAND_DISPLAY.");
         return exitFailure;

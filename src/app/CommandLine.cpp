@@ -44,12 +44,12 @@ namespace {
 
     CommandLine failure(std::string error)
     {
-        return { CommandLine::Kind::error, {}, std::move(error) };
+        return { .kind = CommandLine::Kind::error, .error = std::move(error) };
     }
 
     CommandLine config(ConfigRequest request)
     {
-        return { CommandLine::Kind::config, std::move(request), {} };
+        return { .kind = CommandLine::Kind::config, .config = std::move(request) };
     }
 
     bool isHelp(const std::string& argument)
@@ -105,6 +105,14 @@ namespace {
         return config(std::move(request));
     }
 
+    CommandLine parseDoctor(const std::vector<std::string>& arguments)
+    {
+        const auto isJson = arguments.size() == 1 && arguments[0] == "--json";
+        if (!arguments.empty() && !isJson)
+            return failure("usage: quillox doctor [--json]");
+        return { .kind = CommandLine::Kind::doctor, .asJson = isJson };
+    }
+
 } // namespace
 
 CommandLine CommandLine::parse(const std::vector<std::string>& arguments)
@@ -115,11 +123,13 @@ CommandLine CommandLine::parse(const std::vector<std::string>& arguments)
     if (first == "config")
         return parseConfig({ arguments.begin() + 1, arguments.end() });
     if (arguments.size() == 1 && first == "--version")
-        return { Kind::version, {}, {} };
+        return { .kind = Kind::version };
     if (arguments.size() == 1 && isHelp(first))
-        return { Kind::help, {}, {} };
+        return { .kind = Kind::help };
     if (arguments.size() == 1 && first == "displays")
-        return { Kind::displays, {}, {} };
+        return { .kind = Kind::displays };
+    if (first == "doctor")
+        return parseDoctor({ arguments.begin() + 1, arguments.end() });
     const auto isKnown = first == "displays" || first == "--version" || isHelp(first);
     return failure(fmt::format(
         "unexpected argument {}; see quillox --help", quoted(isKnown ? arguments[1] : first)));
@@ -135,11 +145,14 @@ std::string helpText()
     return "Usage: quillox\n"
            "       quillox config COMMAND\n"
            "       quillox displays\n"
+           "       quillox doctor [--json]\n"
            "       quillox --version | --help\n"
            "\n"
            "Seals one website into a locked full screen. Without arguments the program starts;\n"
            "\"quillox config --help\" tells how to change its settings from a terminal;\n"
-           "\"quillox displays\" lists the numbers that displayID can have here.\n";
+           "\"quillox displays\" lists the numbers that displayID can have here;\n"
+           "\"quillox doctor\" says how well this session can be sealed and what would close the\n"
+           "gaps: exit code 0 when there are none, 3 with gaps, 4 when there is no lock.\n";
 }
 
 std::string configHelpText()

@@ -25,13 +25,15 @@ struct ConfigRequest {
 
 /// What the program is asked to do.
 struct CommandLine {
-    enum class Kind { run, version, help, displays, config, error };
+    enum class Kind { run, version, help, displays, doctor, config, error };
 
     Kind kind = Kind::run;
     /// For `config`.
-    ConfigRequest config;
+    ConfigRequest config = {};
+    /// For `doctor`: as a document for scripts.
+    bool asJson = false;
     /// For `error`: one line without its end, to follow the program's name.
-    std::string error;
+    std::string error = {};
 
     /// `arguments` without the program's own name.
     static CommandLine parse(const std::vector<std::string>& arguments);
@@ -43,6 +45,10 @@ inline constexpr int exitSuccess = 0;
 inline constexpr int exitFailure = 1;
 /// The command, a key or a value is wrong; nothing was changed.
 inline constexpr int exitUsage = 2;
+/// `doctor`: there is a lock, but ways around it are open or could not be checked.
+inline constexpr int exitSealedWithGaps = 3;
+/// `doctor`: there is no lock here.
+inline constexpr int exitCannotSeal = 4;
 
 /// Complete texts, with their last line ended.
 std::string versionText();

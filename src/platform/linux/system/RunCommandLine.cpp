@@ -29,6 +29,7 @@ int runCommandLine(const CommandLine& commandLine)
     switch (commandLine.kind) {
     case CommandLine::Kind::run:
     case CommandLine::Kind::displays:
+    case CommandLine::Kind::doctor:
         return exitSuccess;
     case CommandLine::Kind::version:
         std::cout << versionText() << std::flush;

@@ -5,7 +5,8 @@
 namespace quillox {
 
 /// Does what the command line asks for on this process's standard streams and environment. What
-/// needs a display, running the program and listing displays, is the caller's. The exit code.
+/// needs a display, running the program, listing displays and looking at the lock, is the caller's.
+/// The exit code.
 int runCommandLine(const CommandLine&);
 
 } // namespace quillox

@@ -1,0 +1,82 @@
+#include "platform/linux/survey/LockSurveyLinux.h"
+
+#include "platform/linux/survey/Alarm.h"
+#include "platform/linux/system/FileDescriptor.h"
+#include "platform/linux/system/RunningApplicationsSocket.h"
+
+#include <cstdlib>
+#include <fcntl.h>
+#include <gdk/wayland/gdkwayland.h>
+#include <gdk/x11/gdkx.h>
+#include <gtk/gtk.h>
+#include <utility>
+
+namespace quillox {
+
+namespace {
+
+    using namespace std::chrono_literals;
+
+    constexpr auto displayPatience = 1s;
+
+    std::string environment(const char* name)
+    {
+        const auto* value = std::getenv(name);
+        return value ? value : "";
+    }
+
+    /// Looks at the first copy's lock without taking it.
+    int runningKiosk(const std::string& identifier)
+    {
+        const auto folder = RunningApplicationsSocket::runtimeFolder(identifier);
+        const FileDescriptor file(
+            open((folder + "/" + identifier + ".lock").c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+        struct flock lock { };
+        lock.l_type = F_WRLCK;
+        lock.l_whence = SEEK_SET;
+        const bool isHeld
+            = file && fcntl(file.get(), F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+        return isHeld ? lock.l_pid : 0;
+    }
+
+} // namespace
+
+LockSurveyLinux::LockSurveyLinux(
+    std::string identifier, std::function<void(const LockFacts&)> onNoAnswer)
+    : m_identifier(std::move(identifier))
+    , m_onNoAnswer(std::move(onNoAnswer))
+{
+}
+
+LockFacts LockSurveyLinux::machineFacts() const
+{
+    LockFacts facts;
+    facts.sessionType = environment("XDG_SESSION_TYPE");
+    facts.sessionDesktop = environment("XDG_SESSION_DESKTOP");
+    facts.sessionClass = environment("XDG_SESSION_CLASS");
+    facts.kioskProcess = runningKiosk(m_identifier);
+    surveySystem(facts);
+    return facts;
+}
+
+LockFacts LockSurveyLinux::survey()
+{
+    auto facts = machineFacts();
+    auto unanswered = facts;
+    unanswered.display = LockFacts::Display::NotAnswering;
+    const Alarm alarm(displayPatience, [this, &unanswered] { m_onNoAnswer(unanswered); });
+    if (!gtk_init_check())
+        return facts;
+    auto* display = gdk_display_get_default();
+    facts.displayName = gdk_display_get_name(display);
+    if (GDK_IS_X11_DISPLAY(display)) {
+        facts.display = LockFacts::Display::X11;
+        surveyX11(display, facts);
+    } else if (GDK_IS_WAYLAND_DISPLAY(display)) {
+        facts.display = LockFacts::Display::Wayland;
+        surveyWayland(display, facts);
+    }
+    return facts;
+}
+
+} // namespace quillox
