@@ -24,9 +24,11 @@ test:
 bench: build
 	tools/install-packages bench
 	cmake --preset bench
-	cmake --build --preset bench --target bare_window
-	/usr/bin/python3 benchmarks/first_paint.py --quillox build/release/quillox \
-		--bare build/bench/benchmarks/bare_window
+	cmake --build --preset bench --target bare_window tap_decision
+	build/bench/benchmarks/tap_decision
+	/usr/bin/python3 benchmarks/hold_timing.py
+	/usr/bin/python3 benchmarks/key_latency.py
+	/usr/bin/python3 benchmarks/first_paint.py
 
 clean:
 	rm -rf build
