@@ -100,8 +100,9 @@ EventMonitors::Verdict KioskController::filterKeyDown(const Event& event)
         requestExit();
         return EventMonitors::Verdict::Swallow;
     }
-    return containsAny(event.flags, shortcutModifiers) ? EventMonitors::Verdict::Swallow
-                                                       : EventMonitors::Verdict::Pass;
+    const bool isKept
+        = containsAny(event.flags, shortcutModifiers) || isKeptFromPages(event.keyCode);
+    return isKept ? EventMonitors::Verdict::Swallow : EventMonitors::Verdict::Pass;
 }
 
 bool KioskController::isExitPasswordRequired() const

@@ -67,6 +67,13 @@ namespace {
 
 } // namespace
 
+bool isKeptFromPages(KeyCode key)
+{
+    constexpr std::array kept { keys::f7, keys::f10, keys::f11, keys::f12, keys::menu,
+        keys::print };
+    return std::ranges::find(kept, key) != kept.end();
+}
+
 KeyDecision decideKey(const Event& event, bool isSDown)
 {
     const auto row = std::ranges::find_if(rows, [&](const Row& candidate) {

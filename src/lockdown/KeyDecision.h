@@ -29,4 +29,8 @@ struct KeyDecision {
 /// `isSDown` is whether the keyboard itself reports S as down; only the release of S asks for it.
 KeyDecision decideKey(const Event&, bool isSDown);
 
+/// Keys by which toolkits and engines open something of their own, or break: F7, F10, F11, F12,
+/// Menu and Print. No page gets them.
+bool isKeptFromPages(KeyCode);
+
 } // namespace quillox

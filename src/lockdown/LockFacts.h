@@ -31,6 +31,8 @@ struct X11Facts {
     /// Whether the server asks who connects.
     std::optional<bool> hasAccessControl;
     bool canSuspendScreenSaver = false;
+    /// Whether it can switch screens off to save power; Quillox can always keep it from that.
+    bool hasPowerSaving = false;
 
     bool operator==(const X11Facts&) const = default;
 };

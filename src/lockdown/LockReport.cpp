@@ -48,15 +48,16 @@ namespace {
         return worst->state == State::Closed ? Verdict::SealedTight : Verdict::SealedWithGaps;
     }
 
-    std::string_view verdictText(Verdict verdict)
+    std::string_view verdictText(Verdict verdict, bool isSealed)
     {
         switch (verdict) {
         case Verdict::SealedTight:
-            return "Sealed tight: every way out below is closed.";
+            return isSealed ? "Sealed tight: every way out below is closed."
+                            : "This session can be sealed tight: every way out below is closed.";
         case Verdict::SealedWithGaps:
-            return "Sealed, but with gaps.";
+            return isSealed ? "Sealed, but with gaps." : "This session can be sealed, with gaps.";
         case Verdict::CannotSeal:
-            return "This session cannot be sealed.";
+            return isSealed ? "Sealed, but without a lock." : "This session cannot be sealed.";
         }
         return {};
     }
@@ -143,8 +144,8 @@ std::string displayDescription(const LockFacts& facts)
 
 std::string lockReportText(const LockReport& report, const LockFacts& facts)
 {
-    auto text = fmt::format("{}\n\nDisplay: {}\nSession: {}\n", verdictText(report.verdict),
-        displayDescription(facts),
+    auto text = fmt::format("{}\n\nDisplay: {}\nSession: {}\n",
+        verdictText(report.verdict, isKioskKnownSealed(facts)), displayDescription(facts),
         facts.sessionDesktop.empty() ? "not named by the system" : facts.sessionDesktop);
     if (facts.kioskProcess != 0)
         text += fmt::format("Quillox runs as process {}{}.\n", facts.kioskProcess,

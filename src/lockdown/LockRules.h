@@ -25,6 +25,23 @@ struct LockRule {
     std::string (*detail)(const LockFacts&) = nullptr;
 };
 
+/// For rows that need no fact.
+inline bool always(const LockFacts&)
+{
+    return true;
+}
+
+inline bool isKioskKnownSealed(const LockFacts& facts)
+{
+    return facts.kioskProcess != 0 && facts.isKioskSealed == true;
+}
+
+/// To name the X server or the compositor in a sentence.
+inline std::string serverName(const LockFacts& facts)
+{
+    return facts.displayServer.empty() ? "the display server" : facts.displayServer;
+}
+
 /// The rows of one subject stand together.
 std::span<const LockRule> systemLockRules();
 /// For an X11 display.

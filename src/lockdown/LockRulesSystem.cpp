@@ -18,11 +18,6 @@ namespace {
     constexpr int sysrqKillsProcesses = 64;
     constexpr int sysrqRestarts = 128;
 
-    bool always(const Facts&)
-    {
-        return true;
-    }
-
     bool isSysrqHarmless(int value)
     {
         constexpr int harmful
@@ -61,9 +56,10 @@ namespace {
         { "display", State::Blocking,
             [](const Facts& f) { return f.display == Facts::Display::NotAnswering; },
             "The display does not answer",
-            "It gave no answer in time. It may hang, or a program keeps the whole X server to "
+            "It was silent for five seconds. It may hang, or a program keeps the whole X server to "
             "itself. Nothing else could be checked.",
-            "End the session that hangs; its number is in the first column of the list:",
+            "Run the report again. If it stays so, end the session that hangs; its number is in "
+            "the first column of the list:",
             "loginctl list-sessions\nloginctl terminate-session NUMBER" },
         { "display", State::Blocking, [](const Facts& f) { return f.x11.isXwayland; },
             "This X server is a guest of a Wayland compositor",
@@ -76,12 +72,12 @@ namespace {
         { "power", State::NotChecked, [](const Facts& f) { return !f.login; },
             "Power keys were not checked",
             "systemd-logind does not answer, so it is not known who acts on the power key, the "
-            "sleep key and the lid.",
+            "reboot key, the sleep keys and the lid.",
             "Where acpid does, stop it; where firmware does, change it there:",
             "systemctl disable --now acpid.socket acpid.path acpid.service" },
         { "power", State::Closed, [](const Facts& f) { return f.login->keyActions.empty(); },
             "Power keys do nothing",
-            "systemd-logind ignores the power and sleep keys and the lid." },
+            "systemd-logind ignores the power, reboot and sleep keys and the lid." },
         { "power", State::Closed, [](const Facts& f) { return !isRefused(f, "handle-"); },
             "Power keys can be held back",
             "systemd-logind acts on them ({}), but gave the inhibitors that stop it. Holding the "
@@ -91,7 +87,11 @@ namespace {
             "systemd-logind acts on them ({}) and refused an inhibitor.",
             "Have it ignore them, then: systemctl kill -s HUP systemd-logind",
             "# /etc/systemd/logind.conf.d/90-quillox.conf\n[Login]\nHandlePowerKey=ignore\n"
-            "HandleSuspendKey=ignore\nHandleHibernateKey=ignore\nHandleLidSwitch=ignore",
+            "HandlePowerKeyLongPress=ignore\nHandleRebootKey=ignore\n"
+            "HandleRebootKeyLongPress=ignore\nHandleSuspendKey=ignore\n"
+            "HandleSuspendKeyLongPress=ignore\nHandleHibernateKey=ignore\n"
+            "HandleHibernateKeyLongPress=ignore\nHandleLidSwitch=ignore\n"
+            "HandleLidSwitchExternalPower=ignore",
             keyActions },
 
         { "idle", State::NotChecked,

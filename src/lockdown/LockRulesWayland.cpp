@@ -14,10 +14,6 @@ namespace {
     constexpr std::string_view dedicatedWayland
         = "# /usr/share/wayland-sessions/quillox.desktop\n"
           "[Desktop Entry]\nType=Application\nName=Quillox\nExec=cage -m last -- quillox";
-    bool always(const Facts&)
-    {
-        return true;
-    }
 
     bool isServer(const Facts& facts, std::initializer_list<std::string_view> names)
     {
@@ -29,11 +25,6 @@ namespace {
         return isServer(facts, { "gnome-shell", "mutter" });
     }
 
-    std::string server(const Facts& facts)
-    {
-        return facts.displayServer.empty() ? "the display server" : facts.displayServer;
-    }
-
     std::string bindings(const Facts& facts)
     {
         return fmt::format("{}", fmt::join(*facts.wayland.uninhibitableBindings, "\n"));
@@ -42,25 +33,25 @@ namespace {
     const LockRule rules[] {
         { "input", State::Closed, [](const Facts& f) { return f.serverReadsInput == true; },
             "The compositor has the keyboard for itself", "{} reads the input devices itself.", {},
-            {}, server },
+            {}, serverName },
         { "input", State::Gap, [](const Facts& f) { return f.serverReadsInput == false; },
             "Keys come to the compositor through another program",
             "{} does not read the input devices itself: it is nested, remote or virtual. What the "
             "program around it does with keys is not checked.",
             "Run the session on the machine's own screen, as a session of its own:",
-            dedicatedWayland, server },
+            dedicatedWayland, serverName },
         { "input", State::NotChecked, always, "Who has the keyboard was not checked",
             "The open devices of {} could not be looked at.",
             "Start the compositor and Quillox as one user, in a session of its own:",
-            dedicatedWayland, server },
+            dedicatedWayland, serverName },
         { "keyboard", State::Closed, [](const Facts& f) { return f.wayland.isSingleWindow; },
             "The compositor acts on no shortcuts",
-            "{} shows a single window and has no key bindings.", {}, {}, server },
+            "{} shows a single window and has no key bindings.", {}, {}, serverName },
         { "keyboard", State::Blocking,
             [](const Facts& f) { return !f.wayland.offersShortcutsInhibitor; },
             "The compositor does not let its shortcuts be inhibited",
             "{} offers no shortcuts inhibitor; its own key bindings fire over a full screen.",
-            "Install cage, and give Quillox a session of its own:", dedicatedWayland, server },
+            "Install cage, and give Quillox a session of its own:", dedicatedWayland, serverName },
         { "keyboard", State::NotChecked, isGnome, "GNOME asks before it inhibits its shortcuts",
             "A question appears when Quillox seals for the first time; the answer is remembered. "
             "What was answered was not checked.",
@@ -68,10 +59,16 @@ namespace {
             "gdbus call --session --dest org.freedesktop.impl.portal.PermissionStore --object-path "
             "/org/freedesktop/impl/portal/PermissionStore --method "
             "org.freedesktop.impl.portal.PermissionStore.Delete gnome shortcuts-inhibitor" },
-        { "keyboard", State::Closed, always, "The compositor offers to inhibit its shortcuts",
-            "Whether it does is seen when Quillox seals; a refusal is then shown and logged. {} "
-            "was not made to inhibit anything for this report.",
-            {}, {}, server },
+        { "keyboard", State::Closed, [](const Facts& f) { return isServer(f, { "sway" }); },
+            "The compositor inhibits its shortcuts when asked",
+            "{} was not made to inhibit anything for this report; a refusal would be logged when "
+            "Quillox seals.",
+            {}, {}, serverName },
+        { "keyboard", State::NotChecked, always, "The compositor offers to inhibit its shortcuts",
+            "{} may ask the visitor first, or refuse. It was not tried, since a question might "
+            "have appeared. When Quillox seals, a refusal is logged; nothing is shown.",
+            "Seal once, answer if it asks, and look for a refusal in the log:",
+            "journalctl -b | grep Quillox:", serverName },
         { "bindings", State::Closed,
             [](const Facts& f) {
                 return f.wayland.isSingleWindow
@@ -98,13 +95,13 @@ namespace {
             "The configuration of {} could not be read.",
             "For sway, run the report inside its session. For others, a session of its own has "
             "none:",
-            dedicatedWayland, server },
+            dedicatedWayland, serverName },
         { "terminals", State::Closed,
             [](const Facts& f) {
                 return f.serverReadsInput == false || f.wayland.switchesTerminals == false;
             },
             "No key switches the virtual terminal",
-            "{} has no terminal to leave, or no key that leaves it.", {}, {}, server },
+            "{} has no terminal to leave, or no key that leaves it.", {}, {}, serverName },
         { "terminals", State::NotChecked,
             [](const Facts& f) {
                 return isServer(f, { "weston" }) || !f.wayland.switchesTerminals;
@@ -113,11 +110,11 @@ namespace {
             "Ctrl+Alt+F1 to F12 may lead to a login prompt. {} does not say.",
             "Keep logins off the other terminals, and leave none to switch to:",
             "# /etc/systemd/logind.conf.d/90-quillox.conf\n[Login]\nNAutoVTs=0\nReserveVT=0",
-            server },
+            serverName },
         { "terminals", State::Gap, [](const Facts& f) { return f.wayland.isSingleWindow; },
             "Ctrl+Alt+F1 to F12 switch the virtual terminal",
             "{} was started with -s, which allows it.",
-            "Start it without -s:", "cage -m last -- quillox", server },
+            "Start it without -s:", "cage -m last -- quillox", serverName },
         { "terminals", State::Gap, isGnome, "Ctrl+Alt+F1 to F12 switch the virtual terminal",
             "GNOME acts on them although shortcuts are inhibited.", "Leave the settings empty:",
             "for number in 1 2 3 4 5 6 7 8 9 10 11 12; do\n"
@@ -130,15 +127,16 @@ namespace {
             "input type:keyboard xkb_options srvrkeys:none" },
         { "terminals", State::Gap, always, "Ctrl+Alt+F1 to F12 switch the virtual terminal",
             "The keyboard layout that {} uses has keys for it.",
-            "Take these keys out of the layout of the machine, then log in anew:",
-            "localectl set-x11-keymap us \"\" \"\" srvrkeys:none", server },
+            "Take these keys out of the machine's layout, whose name localectl tells, then log in "
+            "anew:",
+            "localectl set-x11-keymap LAYOUT \"\" \"\" srvrkeys:none", serverName },
         { "desktop", State::Closed, [](const Facts& f) { return f.wayland.isSingleWindow; },
             "There is no desktop", "{} shows nothing but Quillox, and ends with it.", {}, {},
-            server },
+            serverName },
         { "desktop", State::Gap, always, "There is a desktop behind Quillox",
             "Windows of other programs can come before it under {}, and the desktop is what a "
             "visitor finds when Quillox ends.",
-            "Install cage, and give Quillox a session of its own:", dedicatedWayland, server },
+            "Install cage, and give Quillox a session of its own:", dedicatedWayland, serverName },
         { "displaySleep", State::Closed,
             [](const Facts& f) { return f.wayland.offersIdleInhibitor; }, "The screen stays on",
             "The compositor offers to be told that the session is not idle." },
@@ -147,7 +145,7 @@ namespace {
             "Switch its timer off, in weston.ini:", "[core]\nidle-time=0" },
         { "displaySleep", State::Gap, always, "The screen may go dark",
             "{} offers no idle inhibitor.",
-            "Install cage, which blanks nothing by itself:", dedicatedWayland, server },
+            "Install cage, which blanks nothing by itself:", dedicatedWayland, serverName },
     };
 
 } // namespace

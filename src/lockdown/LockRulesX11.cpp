@@ -19,21 +19,6 @@ namespace {
           "Section \"ServerFlags\"\n    Option \"DontVTSwitch\" \"true\"\n"
           "    Option \"DontZap\" \"true\"\nEndSection";
 
-    bool always(const Facts&)
-    {
-        return true;
-    }
-
-    bool isSealed(const Facts& facts)
-    {
-        return facts.kioskProcess != 0 && facts.isKioskSealed == true;
-    }
-
-    std::string server(const Facts& facts)
-    {
-        return facts.displayServer.empty() ? "the display server" : facts.displayServer;
-    }
-
     std::string windowManager(const Facts& facts)
     {
         return facts.x11.windowManager.empty() ? "It gives no name" : facts.x11.windowManager;
@@ -54,23 +39,27 @@ namespace {
     const LockRule rules[] {
         { "input", State::Closed, [](const Facts& f) { return f.serverReadsInput == true; },
             "The display server has the keyboard for itself", "{} reads the input devices itself.",
-            {}, {}, server },
+            {}, {}, serverName },
         { "input", State::Gap, [](const Facts& f) { return f.serverReadsInput == false; },
             "Keys come to the display server through another program",
             "{} has no input device of the kernel: it is nested, remote or virtual. What the "
             "program around it does with keys is not checked.",
             "Run the session on the machine's own screen, as a session of its own:", dedicatedX11,
-            server },
+            serverName },
         { "input", State::NotChecked, always, "Who has the keyboard was not checked",
             "The display server did not tell of its devices.",
             "Start the server and Quillox as one user, in a session of its own:", dedicatedX11 },
         { "keyboard", State::Closed,
-            [](const Facts& f) { return isSealed(f) && f.x11.keyboardGrab == Grab::Held; },
+            [](const Facts& f) {
+                return isKioskKnownSealed(f) && f.x11.keyboardGrab == Grab::Held;
+            },
             "The keyboard is locked",
             "Quillox is sealed and the keyboard is held; no program's shortcut fires. (The server "
             "does not tell who holds it.)" },
         { "keyboard", State::Blocking,
-            [](const Facts& f) { return isSealed(f) && f.x11.keyboardGrab == Grab::Free; },
+            [](const Facts& f) {
+                return isKioskKnownSealed(f) && f.x11.keyboardGrab == Grab::Free;
+            },
             "Quillox is sealed, but does not hold the keyboard",
             "The keyboard was free for another program to take. Desktop shortcuts fire.",
             "Unseal and seal again. If that does not help, end the program and start it anew:",
@@ -80,6 +69,14 @@ namespace {
             "The keyboard can be locked",
             "The server gave the whole keyboard for a moment. While Quillox has it, no program's "
             "shortcut fires." },
+        { "keyboard", State::NotChecked,
+            [](const Facts& f) {
+                return f.kioskProcess != 0 && !f.isKioskSealed && f.x11.keyboardGrab == Grab::Held;
+            },
+            "Whether Quillox holds the keyboard was not checked",
+            "It is held. Quillox runs, but the server does not tell which windows are its own, so "
+            "it is not known whether it is sealed.",
+            "Unseal it and run the report again:", "quillox doctor" },
         { "keyboard", State::Blocking,
             [](const Facts& f) { return f.x11.keyboardGrab == Grab::Held; },
             "Another program holds the keyboard",
@@ -103,7 +100,7 @@ namespace {
         { "terminals", State::Closed, [](const Facts& f) { return f.x11.serverKeys == 0; },
             "The X server acts on no keys of its own",
             "No key of its map switches the terminal, ends it or breaks a grab." },
-        { "terminals", State::Gap, isSealed,
+        { "terminals", State::Gap, isKioskKnownSealed,
             "Quillox is sealed, but the X server still acts on keys",
             "Its key maps have {} actions that switch the terminal, end the server or break a "
             "grab.",
@@ -146,12 +143,17 @@ namespace {
             "Switch its access control on:", "xhost -" },
         { "access", State::Closed, always, "The server asks who connects to this display",
             "Its access control is on." },
-        { "displaySleep", State::Closed, [](const Facts& f) { return f.x11.canSuspendScreenSaver; },
+        { "displaySleep", State::Closed,
+            [](const Facts& f) { return f.x11.canSuspendScreenSaver && f.x11.hasPowerSaving; },
             "The screen stays on",
             "The server lets its screen saver and power saving be suspended while sealed." },
+        { "displaySleep", State::Closed, [](const Facts& f) { return f.x11.canSuspendScreenSaver; },
+            "The screen stays on",
+            "The server lets its screen saver be suspended while sealed, and has no power saving "
+            "(DPMS)." },
         { "displaySleep", State::Gap, always, "The screen may go dark",
             "The server has no extension by which its screen saver can be suspended.",
-            "Switch both off when the session starts:", "xset s off -dpms" },
+            "Switch it off when the session starts:", "xset s off" },
     };
 
 } // namespace

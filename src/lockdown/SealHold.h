@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <optional>
+#include <utility>
 
 namespace quillox {
 
@@ -15,6 +16,9 @@ public:
     static constexpr std::chrono::nanoseconds samplingInterval
         = std::chrono::nanoseconds(std::chrono::seconds(1)) / 60;
     static constexpr std::chrono::nanoseconds duration = std::chrono::seconds(1);
+    /// A longer pause between two samples does not count: nobody could see whether the keys were
+    /// let go meanwhile.
+    static constexpr std::chrono::nanoseconds longestPause = std::chrono::milliseconds(250);
 
     /// `onSample` is given the progress, 0 to 1. It goes on being called until the hold is
     /// cancelled; it may destroy the hold.
@@ -31,7 +35,7 @@ public:
     {
         if (m_timer)
             return;
-        m_start = m_runLoop.monotonicNow();
+        m_start = m_lastSample = m_runLoop.monotonicNow();
         m_timer = m_runLoop.every(samplingInterval, [this] { sample(); });
     }
 
@@ -46,7 +50,11 @@ private:
     {
         if (!m_start)
             return;
-        const std::chrono::duration<double> held = m_runLoop.monotonicNow() - *m_start;
+        const auto now = m_runLoop.monotonicNow();
+        const auto pause = now - std::exchange(m_lastSample, now);
+        if (pause > longestPause)
+            *m_start += pause;
+        const std::chrono::duration<double> held = now - *m_start;
         const double progress = held / std::chrono::duration<double>(duration);
         const auto onSample = m_onSample;
         onSample(progress < 1 ? progress : 1);
@@ -55,6 +63,7 @@ private:
     RunLoop& m_runLoop;
     std::function<void(double)> m_onSample;
     std::optional<RunLoop::MonotonicTime> m_start;
+    RunLoop::MonotonicTime m_lastSample;
     Handle m_timer;
 };
 

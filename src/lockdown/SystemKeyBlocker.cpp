@@ -24,6 +24,7 @@ bool SystemKeyBlocker::start()
     if (createTap())
         return true;
     m_machine.log.write("Quillox: could not create event tap — Accessibility permission missing.");
+    m_availability.reset();
     m_availability = m_machine.eventTaps.onAvailable([this] {
         if (createTap())
             m_availability.reset();

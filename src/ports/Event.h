@@ -68,6 +68,12 @@ namespace keys {
     constexpr KeyCode s = 1;
     constexpr KeyCode returnKey = 36;
     constexpr KeyCode escape = 53;
+    constexpr KeyCode f7 = 98;
+    constexpr KeyCode f11 = 103;
+    constexpr KeyCode print = 105;
+    constexpr KeyCode f10 = 109;
+    constexpr KeyCode menu = 110;
+    constexpr KeyCode f12 = 111;
     /// A key that has no number of its own.
     constexpr KeyCode unknown = 0xFFFF;
 } // namespace keys

@@ -13,7 +13,8 @@ class EventTap {
 public:
     virtual ~EventTap() = default;
 
-    /// Takes a tap that the system switched off back into force, or puts one out of force.
+    /// Takes a tap that the system switched off back into force, as soon as that can be done, or
+    /// puts one out of force.
     virtual void setEnabled(bool) = 0;
 };
 
@@ -29,13 +30,14 @@ public:
 
     virtual ~EventTaps() = default;
 
-    /// None unless every key of the session was seen to come here. `handler` is called for each
+    /// None while the system does not confirm that the session's keys come here, or while another
+    /// tap of this application is there. `handler` is called for each
     /// event whose type is in `mask`, before the application's own monitors, and is also told, with
     /// an event of one of the two `TapDisabled` types, that the system switched the tap off.
     virtual std::unique_ptr<EventTap> create(Options, EventMask mask, Handler handler) = 0;
 
-    /// Calls back, again and again, when a tap that could not be created is worth another try. An
-    /// empty handle where that never changes.
+    /// Calls back, again and again, when a tap that could not be created is worth another try;
+    /// never from within this call, and soon when it already is. One caller at a time.
     [[nodiscard]] virtual Handle onAvailable(std::function<void()>) = 0;
 };
 

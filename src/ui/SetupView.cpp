@@ -124,6 +124,8 @@ void SetupView::appear()
 void SetupView::disappear()
 {
     m_isThere = false;
+    m_releaseCheck.reset();
+    m_isWaitingForRelease.set(false);
     updateArmer();
 }
 

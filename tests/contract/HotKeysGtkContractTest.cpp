@@ -264,14 +264,18 @@ namespace {
                 bus.get(), name, G_BUS_NAME_OWNER_FLAGS_NONE, nullptr, nullptr, nullptr, nullptr);
         g_dbus_connection_flush_sync(bus.get(), nullptr, nullptr);
         g_dbus_connection_add_filter(bus.get(), answerCall, nullptr, nullptr);
-        SymbolicHotKeysLinux hotKeys(note, runLoop, log, "KDE");
+        auto hotKeys = std::make_unique<SymbolicHotKeysLinux>(note, runLoop, log, "KDE");
         const auto assertion = power.create("PreventUserIdleDisplaySleep", 255, "why");
-        setAll(hotKeys, false);
+        setAll(*hotKeys, false);
         expectCalls({ "Inhibit('Quillox', 'why')", "blockGlobalShortcuts(true,)",
             "Inhibit('idle', 'Quillox', 'why', 'block')" });
         power.release(assertion.identifier);
-        setAll(hotKeys, true);
+        hotKeys.reset();
         expectCalls({ "UnInhibit(4711,)", "blockGlobalShortcuts(false,)" });
+        EXPECT_TRUE(note.contents().hasBlockedGlobalShortcuts); // Nobody heard the answer.
+        SymbolicHotKeysLinux next(note, runLoop, log, "KDE");
+        next.restoreAfterCrash();
+        EXPECT_TRUE(waitFor([&] { return !fs::exists(path); }));
     }
 
 } // namespace

@@ -229,15 +229,12 @@ namespace {
         const auto q = KeyCode { 12 };
         for (const auto& row : std::vector<Row> {
                  { keyDown(keys::s, gesture), false, swallow, true },
-                 { keyDown(keys::s, gesture | Option), false, swallow, true },
                  { keyDown(keys::s, gesture), true, swallow, false },
-                 { keyDown(keys::s, Command), false, swallow, false },
                  { keyDown(q, Command), false, swallow, false },
                  { keyDown(q, Control), true, swallow, false },
-                 { keyDown(q, gesture), false, swallow, false },
-                 { keyDown(keys::s, Shift), false, pass, false },
                  { keyDown(q, Option | Shift), false, pass, false },
-                 { keyDown(keys::escape), false, pass, false },
+                 { keyDown(keys::f7), true, swallow, false },
+                 { keyDown(keys::print, Option), true, swallow, false },
                  { { EventType::KeyUp, keys::s, gesture, false }, false, pass, false },
                  { { EventType::LeftMouseDown, 0, Command, false }, false, pass, false },
              }) {

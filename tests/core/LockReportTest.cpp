@@ -52,7 +52,7 @@ namespace {
         return machine(Display::Wayland, compositor);
     }
 
-    void runKiosk(F& facts, bool isSealed, Grab grab, int serverKeys = 0)
+    void runKiosk(F& facts, std::optional<bool> isSealed, Grab grab, int serverKeys = 0)
     {
         facts.kioskProcess = 7;
         facts.isKioskSealed = isSealed;
@@ -116,6 +116,7 @@ namespace {
             { "sealed", xorg(), [](F& f) { runKiosk(f, true, Grab::Held); }, 0, "" },
             { "setup", xorg(), [](F& f) { runKiosk(f, false, Grab::Held); }, 4, "!keyboard" },
             { "lost", xorg(), [](F& f) { runKiosk(f, true, Grab::Free); }, 4, "!keyboard" },
+            { "no XRes", xorg(), [](F& f) { runKiosk(f, {}, Grab::Held); }, 3, "?keyboard" },
             { "keys", xorg(), [](F& f) { runKiosk(f, true, Grab::Held, 1); }, 3, "terminals" },
             { "fixed keys", xorg(), [](F& f) { f.x11.canChangeServerKeys = false; }, 3,
                 "terminals" },
@@ -125,14 +126,13 @@ namespace {
             { "weston", wayland("weston"), [](F& f) { f.wayland = {}; }, 4,
                 "!keyboard ?bindings ?terminals desktop displaySleep" },
             { "GNOME", wayland("gnome-shell"), leaky, 3, "?keyboard bindings terminals desktop" },
+            { "KWin", wayland("kwin_wayland"), [](F&) {}, 3, "?keyboard desktop" },
             { "none", machine(Display::Absent, ""), [](F&) {}, 4, "!display" },
-            { "hang", machine(Display::NotAnswering, ""), [](F&) {}, 4, "!display" },
             { "soft", wayland("cage"), soft, 3, "power idle sysrq ctrlAltDelete user sandbox" },
             { "silent", wayland("cage"), silent, 3,
                 "?power ?sysrq ?ctrlAltDelete ?input ?terminals" },
             { "SysRq dumps", xorg(), [](F& f) { f.sysrq = 26; }, 0, "" },
             { "SysRq all", xorg(), [](F& f) { f.sysrq = 1; }, 3, "sysrq" },
-            { "SysRq restarts", xorg(), [](F& f) { f.sysrq = 128; }, 3, "sysrq" },
         };
         for (const auto& row : rows) {
             SCOPED_TRACE(row.name);
@@ -140,6 +140,7 @@ namespace {
             row.change(facts);
             std::ostringstream out;
             EXPECT_EQ(doctorCommand(facts, false, out, out), row.exitCode);
+            EXPECT_EQ(out.str().starts_with("Sealed"), facts.isKioskSealed == true);
             EXPECT_EQ(openSubjects(lockReport(facts)), row.open);
         }
     }
@@ -158,7 +159,6 @@ namespace {
         EXPECT_EQ(document["format"], 1);
         EXPECT_EQ(document["verdict"], "sealedWithGaps");
         EXPECT_EQ(document["exitCode"], exitSealedWithGaps);
-        EXPECT_EQ(document["display"]["server"], "sway");
         EXPECT_TRUE(document["kiosk"]["isSealed"].is_null());
         EXPECT_EQ(document["findings"][0]["subject"], "display");
         EXPECT_EQ(document["findings"][0]["state"], "closed");

@@ -39,21 +39,16 @@ namespace {
                  { KeyDown, keys::s, gesture, true, { Action::BeginHold, Swallow } },
                  { KeyDown, keys::s, gesture | Option, true, { Action::BeginHold, Swallow } },
                  { KeyDown, keys::s, Command, true, { Action::None, Swallow } },
-                 { KeyDown, keys::s, Control | Shift, true, { Action::None, Swallow } },
                  { KeyDown, keys::s, Shift, true, { Action::None, Pass } },
-                 { FlagsChanged, keys::s, gesture, false, { Action::None, Pass } },
                  { FlagsChanged, keys::s, Shift, false, { Action::CancelHold, Pass } },
                  { KeyUp, keys::s, gesture, true, { Action::CancelHold, Pass } },
                  { KeyUp, keys::s, gesture, false, { Action::ArmAndCancelHold, Pass } },
-                 { KeyUp, keys::s, None, false, { Action::ArmAndCancelHold, Pass } },
                  { LeftMouseDown, keys::s, gesture, false, { Action::None, Pass } },
                  { FlagsChanged, 56, gesture, true, { Action::None, Pass } },
                  { FlagsChanged, 56, Command, true, { Action::CancelHold, Pass } },
                  { KeyDown, tab, Command, false, { Action::None, Swallow } },
-                 { KeyDown, q, gesture, false, { Action::None, Swallow } },
                  { KeyDown, left, Control, false, { Action::None, Swallow } },
                  { KeyDown, 14, Option, false, { Action::None, Pass } },
-                 { KeyDown, 0, Shift | CapsLock, false, { Action::None, Pass } },
                  { KeyDown, keys::escape, None, false, { Action::None, Pass } },
                  { KeyUp, q, Command, false, { Action::None, Pass } },
              }) {
@@ -68,7 +63,10 @@ namespace {
     protected:
         SystemKeyBlockerTest()
         {
-            blocker.onExitCombo = [this] { ++exits; };
+            blocker.onExitCombo = [this] {
+                ++exits;
+                progressAtExit = progress.back();
+            };
             blocker.onHoldProgress = [this](double value) { progress.push_back(value); };
         }
 
@@ -79,6 +77,7 @@ namespace {
         SystemKeyBlocker blocker { { runLoop, keyboard, keyboard, log } };
         int exits = 0;
         std::vector<double> progress;
+        double progressAtExit = -1;
     };
 
     TEST_F(SystemKeyBlockerTest, ExitsOncePerFullHold)
@@ -101,14 +100,16 @@ namespace {
         EXPECT_EQ(exits, 1);
         ASSERT_GE(progress.size(), 2U);
         EXPECT_EQ(progress[progress.size() - 2], 1.0);
-        EXPECT_EQ(progress.back(), 0.0);
+        EXPECT_EQ(progressAtExit, 0.0);
         keyboard.press(keys::s, gesture); // The keyboard repeats.
         runLoop.advance(2s);
         EXPECT_EQ(exits, 1);
         keyboard.release(keys::s, gesture);
         keyboard.press(keys::s, gesture);
-        runLoop.advance(1020ms);
-        EXPECT_EQ(exits, 2);
+        runLoop.advance(500ms);
+        blocker.stop();
+        runLoop.advance(520ms);
+        EXPECT_EQ(exits, 2) << "a hold that runs is not the tap's";
     }
 
     TEST_F(SystemKeyBlockerTest, BeginsAHoldOnlyWithAFreshS)
@@ -150,6 +151,8 @@ namespace {
         EXPECT_FALSE(SystemKeyBlocker::canCreateTap(keyboard));
         EXPECT_FALSE(blocker.start());
         EXPECT_FALSE(blocker.isRunning());
+        EXPECT_EQ(
+            keyboard.send({ .type = EventType::KeyDown, .keyCode = 12, .flags = Command }), Pass);
         EXPECT_EQ(log.lines(),
             (Lines { "Quillox: could not create event tap — Accessibility permission missing." }));
         keyboard.allowTaps();
@@ -162,6 +165,7 @@ namespace {
         blocker.stop();
         EXPECT_FALSE(keyboard.isTapped());
         EXPECT_TRUE(SystemKeyBlocker::canCreateTap(keyboard));
+        EXPECT_EQ(keyboard.lastOptions, EventTaps::Options::ListenOnly);
         EXPECT_FALSE(keyboard.isTapped());
 
         keyboard.allowsTaps = false;

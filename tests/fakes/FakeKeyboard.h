@@ -18,17 +18,21 @@ public:
 
     bool allowsTaps = true;
     int created = 0;
+    Options lastOptions = Options::Default;
     int reenabled = 0;
     std::set<KeyCode> down; ///< As the keyboards report.
     std::set<KeyCode> downInSession; ///< Besides, as the session sees it.
 
     bool isTapped() const { return m_handler != nullptr; }
 
-    /// Gives the event to the tap; whether the application would get it.
+    /// Gives the event to the tap, if it wants such; whether the application would get it.
     Verdict send(const Event& event)
     {
+        const bool isAboutTap = event.type == EventType::TapDisabledByTimeout
+            || event.type == EventType::TapDisabledByUserInput;
         const auto handler = m_handler;
-        return handler ? handler(event) : Verdict::Pass;
+        const bool isWanted = handler && (isAboutTap || (m_mask & maskOf(event.type)) != 0);
+        return isWanted ? handler(event) : Verdict::Pass;
     }
 
     Verdict press(KeyCode key, ModifierFlags flags = ModifierFlags::None)
@@ -55,11 +59,13 @@ public:
     }
     bool isAwaited() const { return m_onAvailable != nullptr; }
 
-    std::unique_ptr<EventTap> create(Options, EventMask, Handler handler) override
+    std::unique_ptr<EventTap> create(Options options, EventMask mask, Handler handler) override
     {
-        if (!allowsTaps)
+        if (!allowsTaps || m_handler)
             return nullptr;
         ++created;
+        lastOptions = options;
+        m_mask = mask;
         return std::make_unique<Tap>(*this, std::move(handler));
     }
     Handle onAvailable(std::function<void()> callback) override
@@ -93,6 +99,7 @@ private:
 
     Journal& m_journal;
     Handler m_handler;
+    EventMask m_mask = 0;
     std::function<void()> m_onAvailable;
 };
 

@@ -4,6 +4,7 @@
 #include "platform/linux/gtk/ApplicationGtk.h"
 #include "platform/linux/gtk/DialogsGtk.h"
 #include "platform/linux/gtk/EventMonitorsGtk.h"
+#include "platform/linux/gtk/PopupKeeper.h"
 #include "platform/linux/gtk/ScreensGdk.h"
 #include "platform/linux/gtk/SealViewsGtk.h"
 #include "platform/linux/gtk/WindowGtk.h"
@@ -30,7 +31,7 @@ struct LinuxPlatform {
         : screens(runLoop)
         , placement(makeWindowPlacement(screens, runLoop))
         , application(gtk, *placement, log)
-        , eventTaps(eventMonitors, makeKeyboardLayer(application, runLoop), log)
+        , eventTaps(eventMonitors, makeKeyboardLayer(application, runLoop), runLoop, log)
         , restoreNote(restoreNotePathFromEnvironment(), runLoop, log)
         , symbolicHotKeys(restoreNote, runLoop, log)
         , powerAssertions(
@@ -55,6 +56,7 @@ struct LinuxPlatform {
     std::unique_ptr<WindowPlacement> placement;
     ApplicationGtk application;
     EventMonitorsGtk eventMonitors;
+    PopupKeeper popupKeeper;
     EventTapsLinux eventTaps;
     RestoreNote restoreNote;
     SymbolicHotKeysLinux symbolicHotKeys;

@@ -1,6 +1,7 @@
 #include "platform/linux/gtk/AccessibilityTrustSession.h"
 
 #include "platform/linux/gtk/WindowPlacementWayland.h"
+#include "platform/linux/lock/XwaylandX11.h"
 
 #include <gdk/x11/gdkx.h>
 
@@ -8,7 +9,8 @@ namespace quillox {
 
 bool AccessibilityTrustSession::isProcessTrusted() const
 {
-    return GDK_IS_X11_DISPLAY(gdk_display_get_default()) || hasShortcutsInhibitor()
+    auto* display = gdk_display_get_default();
+    return (GDK_IS_X11_DISPLAY(display) && !isXwayland(display)) || hasShortcutsInhibitor()
         || isSingleWindowCompositor();
 }
 

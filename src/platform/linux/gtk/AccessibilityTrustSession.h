@@ -4,8 +4,8 @@
 
 namespace quillox {
 
-/// X11 lets every client lock the keyboard. A Wayland compositor does when it lets windows switch
-/// its shortcuts off, or has none; no session asks the user about it.
+/// X11 lets every client lock the keyboard, unless a Wayland compositor sees the keys first. Such a
+/// compositor does when it lets windows switch its shortcuts off, or has none.
 class AccessibilityTrustSession final : public AccessibilityTrust {
 public:
     bool isProcessTrusted() const override;

@@ -19,6 +19,7 @@ ApplicationGtk::ApplicationGtk(
     , m_sessionEnd("shutdown:sleep", sealedReason, log)
     , m_powerKeys("handle-power-key:handle-suspend-key:handle-hibernate-key:handle-lid-switch",
           sealedReason, log)
+    , m_rebootKey("handle-reboot-key", sealedReason, log)
 {
     m_application->hold();
 }
@@ -39,6 +40,7 @@ void ApplicationGtk::inhibitSessionEnd(bool inhibit)
 {
     m_sessionEnd.setEngaged(inhibit);
     m_powerKeys.setEngaged(inhibit);
+    m_rebootKey.setEngaged(inhibit);
     if (inhibit && m_sessionCookie == 0) {
         constexpr auto what = GTK_APPLICATION_INHIBIT_LOGOUT | GTK_APPLICATION_INHIBIT_SWITCH
             | GTK_APPLICATION_INHIBIT_SUSPEND;

@@ -48,9 +48,10 @@ private:
 
     Glib::RefPtr<Gtk::Application> m_application;
     WindowPlacement& m_placement;
-    // Two, since the login manager may refuse the one and grant the other.
+    // Each by itself, since the login manager may refuse the one and grant the other.
     SessionInhibitor m_sessionEnd;
     SessionInhibitor m_powerKeys;
+    SessionInhibitor m_rebootKey; ///< Which older login managers do not know.
     guint m_sessionCookie = 0;
     PresentationOptions m_options = PresentationOptions::Default;
     std::vector<Gtk::Window*> m_windows;

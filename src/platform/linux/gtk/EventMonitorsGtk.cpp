@@ -3,15 +3,12 @@
 #include "platform/linux/gtk/KeyTranslation.h"
 
 #include <algorithm>
-#include <array>
 #include <optional>
 #include <utility>
 
 namespace quillox {
 
 namespace {
-
-    constexpr std::size_t judgedEvents = 16;
 
     EventType downTypeFor(unsigned button)
     {
@@ -73,18 +70,7 @@ namespace {
         }
     }
 
-    /// F7 makes the text widget that the engine feeds its keys to abort the program; Menu and
-    /// Shift+F10 make it open a menu over the page, without asking anybody. The others open
-    /// something of a toolkit's or a browser's where these have it.
-    bool isToolkitKey(GdkEvent* event)
-    {
-        constexpr std::array symbols { GDK_KEY_F7, GDK_KEY_F10, GDK_KEY_F11, GDK_KEY_F12,
-            GDK_KEY_Menu, GDK_KEY_Print, GDK_KEY_Sys_Req };
-        const auto symbol = static_cast<int>(gdk_key_event_get_keyval(event));
-        return std::ranges::find(symbols, symbol) != symbols.end();
-    }
-
-    constexpr auto keysKind = "quillox-keys";
+    constexpr auto watchedMark = "quillox-watched";
 
     ModifierFlags without(ModifierFlags flags, ModifierFlags removed)
     {
@@ -114,36 +100,33 @@ EventMonitorsGtk::~EventMonitorsGtk()
     g_signal_remove_emission_hook(g_signal_lookup("map", GTK_TYPE_WIDGET), m_popupHook);
 }
 
-void EventMonitorsGtk::attach(Gtk::Window& window, Keys keys)
+void EventMonitorsGtk::attach(Gtk::Window& window)
 {
-    watch(GTK_WIDGET(window.gobj()), keys);
+    watch(GTK_WIDGET(window.gobj()));
     window.property_is_active().signal_changed().connect([this] { handleActivation(); });
 }
 
-void EventMonitorsGtk::watch(GtkWidget* widget, Keys keys)
+void EventMonitorsGtk::watch(GtkWidget* widget)
 {
     auto* controller = gtk_event_controller_legacy_new();
     gtk_event_controller_set_propagation_phase(controller, GTK_PHASE_CAPTURE);
-    const auto callback = keys == Keys::all
-        ? G_CALLBACK(+[](GtkEventController*, GdkEvent* event, gpointer self) -> gboolean {
-              return static_cast<EventMonitorsGtk*>(self)->handle(event, Keys::all);
-          })
-        : G_CALLBACK(+[](GtkEventController*, GdkEvent* event, gpointer self) -> gboolean {
-              return static_cast<EventMonitorsGtk*>(self)->handle(event, Keys::withoutToolkits);
-          });
-    g_signal_connect(controller, "event", callback, this);
+    g_signal_connect(controller, "event",
+        G_CALLBACK(+[](GtkEventController* source, GdkEvent* event, gpointer self) -> gboolean {
+            return static_cast<EventMonitorsGtk*>(self)->handle(
+                event, gtk_event_controller_get_widget(source));
+        }),
+        this);
     gtk_widget_add_controller(widget, controller);
-    g_object_set_data(G_OBJECT(widget), keysKind, GUINT_TO_POINTER(keys == Keys::all ? 1 : 2));
+    g_object_set_data(G_OBJECT(widget), watchedMark, this);
 }
 
 void EventMonitorsGtk::watchPopup(GtkWidget* popup)
 {
-    const auto kindOf = [](auto* object) {
-        return GPOINTER_TO_UINT(g_object_get_data(G_OBJECT(object), keysKind));
-    };
+    const auto isWatched
+        = [](auto* object) { return g_object_get_data(G_OBJECT(object), watchedMark) != nullptr; };
     auto* root = gtk_widget_get_root(popup);
-    if (root && kindOf(root) != 0 && kindOf(popup) == 0)
-        watch(popup, kindOf(root) == 1 ? Keys::all : Keys::withoutToolkits);
+    if (root && isWatched(root) && !isWatched(popup))
+        watch(popup);
 }
 
 void EventMonitorsGtk::handleActivation()
@@ -158,7 +141,6 @@ void EventMonitorsGtk::releaseKeys()
     const auto down = std::exchange(m_downKeys, {});
     m_swallowedKeys.clear();
     m_commandKeys.clear();
-    m_judged.clear();
     for (const auto hardwareKey : down)
         ask({ .type = EventType::KeyUp, .keyCode = keyCodeFor(hardwareKey) });
     if (!down.empty())
@@ -167,7 +149,8 @@ void EventMonitorsGtk::releaseKeys()
 
 bool EventMonitorsGtk::isKeyDown(KeyCode key) const
 {
-    return std::ranges::find(m_downKeys, key, keyCodeFor) != m_downKeys.end();
+    return std::ranges::any_of(
+        m_downKeys, [key](unsigned hardwareKey) { return keyCodeFor(hardwareKey) == key; });
 }
 
 Handle EventMonitorsGtk::setTap(EventMask mask, Handler handler, bool isIndependentOfFocus)
@@ -187,11 +170,11 @@ Handle EventMonitorsGtk::addLocalMonitor(EventMask mask, Handler handler)
     return Handle([monitors = m_monitors, id] { monitors->erase(id); });
 }
 
-bool EventMonitorsGtk::handle(GdkEvent* event, Keys keys)
+bool EventMonitorsGtk::handle(GdkEvent* event, GtkWidget* judge)
 {
     const auto type = gdk_event_get_event_type(event);
     if (type == GDK_KEY_PRESS || type == GDK_KEY_RELEASE)
-        return judgeKey(event, keys);
+        return judgeKey(event, judge);
     const auto pointerType = pointerTypeFor(event);
     if (!pointerType)
         return false;
@@ -199,22 +182,17 @@ bool EventMonitorsGtk::handle(GdkEvent* event, Keys keys)
     return ask({ .type = *pointerType, .flags = flags }) == Verdict::Swallow;
 }
 
-bool EventMonitorsGtk::judgeKey(GdkEvent* event, Keys keys)
+bool EventMonitorsGtk::judgeKey(GdkEvent* event, GtkWidget* judge)
 {
-    const auto known = std::ranges::find(
-        m_judged, event, [](const Judged& judged) { return judged.event.get(); });
-    if (known != m_judged.end())
-        return known->wasSwallowed;
-    const bool isPress = gdk_event_get_event_type(event) == GDK_KEY_PRESS;
-    bool isSwallowed = handleKey(event, isPress);
-    if (isPress && !isSwallowed && keys == Keys::withoutToolkits && isToolkitKey(event)) {
-        m_swallowedKeys.insert(gdk_key_event_get_keycode(event));
-        isSwallowed = true;
+    auto* root = gtk_widget_get_root(judge);
+    const void* focus = root ? gtk_root_get_focus(root) : nullptr;
+    if (const auto* known = m_judged.find(event)) {
+        // Sent round again, it is for nobody else: a prompt may have the keyboard by now.
+        const bool isStray = known->judge == judge && known->focus != focus;
+        return known->wasSwallowed || isStray;
     }
-    if (m_judged.size() >= judgedEvents)
-        m_judged.pop_front();
-    m_judged.push_back(
-        { std::unique_ptr<GdkEvent, EventUnref>(gdk_event_ref(event)), isSwallowed });
+    const bool isSwallowed = handleKey(event, gdk_event_get_event_type(event) == GDK_KEY_PRESS);
+    m_judged.remember(event, { isSwallowed, judge, focus });
     return isSwallowed;
 }
 
@@ -237,12 +215,10 @@ Event EventMonitorsGtk::translateKey(GdkEvent* event, bool isPress)
     const auto hardwareKey = gdk_key_event_get_keycode(event);
     const auto symbol = gdk_key_event_get_keyval(event);
     const auto modifier = modifierFor(symbol);
-    if (modifier == ModifierFlags::Command) {
-        if (isPress)
-            m_commandKeys.insert(hardwareKey);
-        else
-            m_commandKeys.erase(hardwareKey);
-    }
+    if (!isPress) // Whatever it is called by now.
+        m_commandKeys.erase(hardwareKey);
+    else if (modifier == ModifierFlags::Command)
+        m_commandKeys.insert(hardwareKey);
 
     // The state of a modifier's own event is the one before it.
     auto flags = flagsFor(gdk_event_get_modifier_state(event));
@@ -252,7 +228,7 @@ Event EventMonitorsGtk::translateKey(GdkEvent* event, bool isPress)
         flags = flags | ModifierFlags::Command;
 
     Event translated { .type = isPress ? EventType::KeyDown : EventType::KeyUp,
-        .keyCode = keyCodeFor(hardwareKey),
+        .keyCode = keyCodeFor(hardwareKey, symbol),
         .flags = flags };
     if (isPress)
         translated.isRepeat = !m_downKeys.insert(hardwareKey).second;

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "platform/linux/gtk/JudgedKeyEvents.h"
 #include "ports/EventMonitors.h"
 
-#include <deque>
 #include <gtkmm/window.h>
 #include <map>
 #include <memory>
@@ -16,17 +16,11 @@ namespace quillox {
 /// when the keyboard goes elsewhere counts as released.
 class EventMonitorsGtk final : public EventMonitors {
 public:
-    enum class Keys {
-        all,
-        withoutToolkits, ///< Keys that open something of the toolkit's, or break it, reach no
-                         ///< widget.
-    };
-
     EventMonitorsGtk();
     ~EventMonitorsGtk() override;
 
     /// Until the window is destroyed.
-    void attach(Gtk::Window&, Keys = Keys::all);
+    void attach(Gtk::Window&);
 
     Handle addLocalMonitor(EventMask, Handler) override;
 
@@ -46,20 +40,10 @@ private:
         Handler handler;
     };
 
-    struct EventUnref {
-        void operator()(GdkEvent* event) const { gdk_event_unref(event); }
-    };
-
-    /// A key event that was judged; holding it keeps its address from being used again.
-    struct Judged {
-        std::unique_ptr<GdkEvent, EventUnref> event;
-        bool wasSwallowed;
-    };
-
-    void watch(GtkWidget*, Keys);
+    void watch(GtkWidget*);
     void watchPopup(GtkWidget*);
-    bool handle(GdkEvent*, Keys);
-    bool judgeKey(GdkEvent*, Keys);
+    bool handle(GdkEvent*, GtkWidget* judge);
+    bool judgeKey(GdkEvent*, GtkWidget* judge);
     bool handleKey(GdkEvent*, bool isPress);
     Event translateKey(GdkEvent*, bool isPress);
     Verdict ask(const Event&);
@@ -76,9 +60,7 @@ private:
     std::set<unsigned> m_swallowedKeys; ///< Those whose release the windows must not see either.
     std::set<unsigned>
         m_commandKeys; ///< The Super keys that are down; the event state may not tell.
-    /// The last few: the engine sends keys that it did not want through the window a second time,
-    /// some events later.
-    std::deque<Judged> m_judged;
+    JudgedKeyEvents m_judged;
 };
 
 } // namespace quillox

@@ -74,13 +74,13 @@ namespace {
         { KEY_RIGHTCTRL, 62 },
         { KEY_F5, 96 },
         { KEY_F6, 97 },
-        { KEY_F7, 98 },
+        { KEY_F7, keys::f7 },
         { KEY_F3, 99 },
         { KEY_F8, 100 },
         { KEY_F9, 101 },
-        { KEY_F11, 103 },
-        { KEY_F10, 109 },
-        { KEY_F12, 111 },
+        { KEY_F11, keys::f11 },
+        { KEY_F10, keys::f10 },
+        { KEY_F12, keys::f12 },
         { KEY_HOME, 115 },
         { KEY_PAGEUP, 116 },
         { KEY_DELETE, 117 },
@@ -95,6 +95,16 @@ namespace {
         { KEY_UP, 126 },
     });
 
+    constexpr std::array keyCodesBySymbol = std::to_array<std::pair<unsigned, KeyCode>>({
+        { GDK_KEY_F7, keys::f7 },
+        { GDK_KEY_F10, keys::f10 },
+        { GDK_KEY_F11, keys::f11 },
+        { GDK_KEY_F12, keys::f12 },
+        { GDK_KEY_Menu, keys::menu },
+        { GDK_KEY_Print, keys::print },
+        { GDK_KEY_Sys_Req, keys::print },
+    });
+
     /// What X and Wayland add to the kernel's code.
     constexpr unsigned keycodeOffset = 8;
 
@@ -105,6 +115,13 @@ KeyCode keyCodeFor(unsigned hardwareKeycode)
     const auto found = std::ranges::find(
         keyCodes, hardwareKeycode - keycodeOffset, &std::pair<unsigned, KeyCode>::first);
     return found == keyCodes.end() ? keys::unknown : found->second;
+}
+
+KeyCode keyCodeFor(unsigned hardwareKeycode, unsigned keySymbol)
+{
+    const auto found
+        = std::ranges::find(keyCodesBySymbol, keySymbol, &std::pair<unsigned, KeyCode>::first);
+    return found == keyCodesBySymbol.end() ? keyCodeFor(hardwareKeycode) : found->second;
 }
 
 std::optional<unsigned> hardwareKeyFor(KeyCode key)

@@ -10,6 +10,10 @@ namespace quillox {
 /// The number of the physical key behind an X or Wayland keycode (kernel code plus 8).
 KeyCode keyCodeFor(unsigned hardwareKeycode);
 
+/// The same, but keys that toolkits react to by their symbol have that symbol's number, wherever
+/// the layout puts them.
+KeyCode keyCodeFor(unsigned hardwareKeycode, unsigned keySymbol);
+
 /// The other way round; none for `keys::unknown`.
 std::optional<unsigned> hardwareKeyFor(KeyCode);
 

@@ -26,7 +26,7 @@ WindowGtk::WindowGtk(const WindowSpec& spec, WindowPlacement& placement,
     // In a group of its own, no modal dialog of the setup can keep input from it.
     const GObjectOwner<GtkWindowGroup> group(gtk_window_group_new());
     gtk_window_group_add_window(group.get(), m_window->gobj());
-    monitors.attach(*m_window, EventMonitorsGtk::Keys::withoutToolkits);
+    monitors.attach(*m_window);
     m_placement.prepare(*m_window);
     m_application.addSealedWindow(*m_window);
 }

@@ -12,6 +12,23 @@
 
 namespace quillox {
 
+bool canSuspendScreenSaver(GdkDisplay* display)
+{
+    auto* server = gdk_x11_display_get_xdisplay(display);
+    int major = 0;
+    int minor = 0;
+    return XScreenSaverQueryExtension(server, &major, &minor)
+        && XScreenSaverQueryVersion(server, &major, &minor)
+        && (major > 1 || (major == 1 && minor >= 1));
+}
+
+bool hasPowerSaving(GdkDisplay* display)
+{
+    auto* server = gdk_x11_display_get_xdisplay(display);
+    int ignored = 0;
+    return DPMSQueryExtension(server, &ignored, &ignored) && DPMSCapable(server);
+}
+
 std::unique_ptr<DisplayPowerX11> DisplayPowerX11::make(GdkDisplay* display, RestoreNote& note)
 {
     if (!display || !GDK_IS_X11_DISPLAY(display))
@@ -36,7 +53,7 @@ bool DisplayPowerX11::keepOn()
         return true;
     const ErrorTrapX11 trap(m_display);
     auto* server = gdk_x11_display_get_xdisplay(m_display);
-    if (canSuspend())
+    if (canSuspendScreenSaver(m_display))
         XScreenSaverSuspend(server, True);
     if (isPowerSavingOn()) {
         m_note.contents().server = serverMark(m_display);
@@ -49,7 +66,7 @@ bool DisplayPowerX11::keepOn()
         }));
     }
     XFlush(server);
-    m_isKeptOn = canSuspend() || hasPowerSaving();
+    m_isKeptOn = canSuspendScreenSaver(m_display) || hasPowerSaving(m_display);
     return m_isKeptOn;
 }
 
@@ -59,7 +76,7 @@ void DisplayPowerX11::release()
         return;
     const ErrorTrapX11 trap(m_display);
     auto* server = gdk_x11_display_get_xdisplay(m_display);
-    if (canSuspend())
+    if (canSuspendScreenSaver(m_display))
         XScreenSaverSuspend(server, False);
     if (std::exchange(m_note.contents().hasDisabledDisplayPowerSaving, false)) {
         DPMSEnable(server);
@@ -73,33 +90,17 @@ void DisplayPowerX11::restoreAfterCrash()
     if (!std::exchange(m_note.contents().hasDisabledDisplayPowerSaving, false))
         return;
     const ErrorTrapX11 trap(m_display);
-    if (hasPowerSaving() && m_note.contents().server == serverMark(m_display))
+    if (hasPowerSaving(m_display) && m_note.contents().server == serverMark(m_display))
         DPMSEnable(gdk_x11_display_get_xdisplay(m_display));
     m_note.save();
-}
-
-bool DisplayPowerX11::canSuspend() const
-{
-    auto* server = gdk_x11_display_get_xdisplay(m_display);
-    int major = 0;
-    int minor = 0;
-    return XScreenSaverQueryExtension(server, &major, &minor)
-        && XScreenSaverQueryVersion(server, &major, &minor) && (major > 1 || minor >= 1);
-}
-
-bool DisplayPowerX11::hasPowerSaving() const
-{
-    auto* server = gdk_x11_display_get_xdisplay(m_display);
-    int ignored = 0;
-    return DPMSQueryExtension(server, &ignored, &ignored) && DPMSCapable(server);
 }
 
 bool DisplayPowerX11::isPowerSavingOn() const
 {
     CARD16 level = 0;
     BOOL isOn = False;
-    return hasPowerSaving() && DPMSInfo(gdk_x11_display_get_xdisplay(m_display), &level, &isOn)
-        && isOn;
+    return hasPowerSaving(m_display)
+        && DPMSInfo(gdk_x11_display_get_xdisplay(m_display), &level, &isOn) && isOn;
 }
 
 } // namespace quillox

@@ -9,6 +9,12 @@ namespace quillox {
 
 class RestoreNote;
 
+/// Whether an X server lets its screen saver be suspended. `display` must be an X server's.
+bool canSuspendScreenSaver(GdkDisplay* display);
+
+/// Whether an X server can save power (DPMS), switched on or not. `display` must be an X server's.
+bool hasPowerSaving(GdkDisplay* display);
+
 /// An X server's own screen saver and its power saving (DPMS), each where the server has it. The
 /// server ends the suspension of its screen saver when the process dies, because its connection
 /// closes. Power saving would stay off, so it goes off when the note is on the disk, and comes on
@@ -30,8 +36,6 @@ public:
 private:
     DisplayPowerX11(GdkDisplay*, RestoreNote&);
 
-    bool canSuspend() const;
-    bool hasPowerSaving() const;
     bool isPowerSavingOn() const;
 
     GdkDisplay* m_display;

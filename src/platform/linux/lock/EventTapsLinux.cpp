@@ -5,12 +5,28 @@
 #include "platform/linux/gtk/KeyTranslation.h"
 #include "platform/linux/lock/KeyboardGrabX11.h"
 #include "platform/linux/lock/ShortcutsInhibitorWayland.h"
+#include "platform/linux/lock/XwaylandX11.h"
+#include "ports/RunLoop.h"
 #include "ports/SystemLog.h"
 
 #include <array>
 #include <fmt/format.h>
 
 namespace quillox {
+
+namespace {
+
+    /// Under Xwayland a grab succeeds, and the compositor gets every key before it.
+    class NoKeyboardLayer final : public KeyboardLayer {
+    public:
+        std::string_view name() const override { return "none under Xwayland"; }
+        bool engage() override { return false; }
+        void release() override { }
+        bool isHeld() const override { return false; }
+        bool isIndependentOfFocus() const override { return false; }
+    };
+
+} // namespace
 
 class EventTapsLinux::Tap final : public EventTap {
 public:
@@ -45,10 +61,11 @@ private:
     Handle m_filter;
 };
 
-EventTapsLinux::EventTapsLinux(
-    EventMonitorsGtk& monitors, std::unique_ptr<KeyboardLayer> layer, SystemLog& log)
+EventTapsLinux::EventTapsLinux(EventMonitorsGtk& monitors, std::unique_ptr<KeyboardLayer> layer,
+    RunLoop& runLoop, SystemLog& log)
     : m_monitors(monitors)
     , m_layer(std::move(layer))
+    , m_runLoop(runLoop)
     , m_log(log)
 {
     m_layer->onChange = [this] { handleLayerChange(); };
@@ -76,7 +93,9 @@ std::unique_ptr<EventTap> EventTapsLinux::create(Options options, EventMask mask
 Handle EventTapsLinux::onAvailable(std::function<void()> callback)
 {
     m_onAvailable = std::move(callback);
-    m_isLost = !m_layer->engage(); // Who could not create a tap has said so.
+    // Who could not create a tap has said so. It may have come free since.
+    m_isLost = !m_layer->engage();
+    announceAvailability();
     return Handle([this] {
         m_onAvailable = nullptr;
         if (!m_tap)
@@ -84,17 +103,24 @@ Handle EventTapsLinux::onAvailable(std::function<void()> callback)
     });
 }
 
+void EventTapsLinux::announceAvailability()
+{
+    m_runLoop.post(m_lifetime.guard([this] {
+        const auto available = m_onAvailable;
+        if (available && !m_tap && m_layer->isHeld())
+            available();
+    }));
+}
+
 void EventTapsLinux::handleLayerChange()
 {
     if (!m_layer->isHeld() && m_tap)
         m_tap->reportDisabled(); // Its owner takes the layer back, if that can be done at once.
     noteLoss(!m_layer->isHeld());
-    if (!m_layer->isHeld())
+    if (m_layer->isHeld())
+        announceAvailability();
+    else
         m_monitors.releaseKeys();
-    if (!m_layer->isHeld() || m_tap)
-        return;
-    if (const auto available = m_onAvailable)
-        available();
 }
 
 void EventTapsLinux::noteLoss(bool isLost)
@@ -118,7 +144,10 @@ bool EventTapsLinux::isKeyDown(KeyStateSource, KeyCode key) const
 
 std::unique_ptr<KeyboardLayer> makeKeyboardLayer(ApplicationGtk& application, RunLoop& runLoop)
 {
-    if (GDK_IS_X11_DISPLAY(gdk_display_get_default())) {
+    auto* display = gdk_display_get_default();
+    if (isXwayland(display))
+        return std::make_unique<NoKeyboardLayer>();
+    if (GDK_IS_X11_DISPLAY(display)) {
         return std::make_unique<KeyboardGrabX11>(
             [&application] { return application.keyWindow(); }, runLoop);
     }

@@ -4,6 +4,7 @@
 #include "ports/SystemLog.h"
 
 #include <fmt/format.h>
+#include <memory>
 #include <utility>
 
 namespace quillox {
@@ -29,8 +30,10 @@ void GlobalShortcutsKde::setBlocked(bool isBlocked)
         send();
         return;
     }
-    if (!isBusReachable(G_BUS_TYPE_SESSION))
+    if (!isBusReachable(G_BUS_TYPE_SESSION)) {
+        logFailure(isBlocked, "there is no message bus");
         return;
+    }
     g_bus_get(
         G_BUS_TYPE_SESSION, m_pending.get(),
         [](GObject*, GAsyncResult* result, gpointer data) {
@@ -43,10 +46,18 @@ void GlobalShortcutsKde::setBlocked(bool isBlocked)
             if (bus) {
                 self->m_bus = std::move(bus);
                 self->send();
+            } else {
+                self->logFailure(self->m_isBlocked, error->message);
             }
         },
         this);
 }
+
+/// What an answer belongs to.
+struct GlobalShortcutsKde::Call {
+    GlobalShortcutsKde& owner; ///< Gone when the call was cancelled.
+    bool isBlocked;
+};
 
 void GlobalShortcutsKde::send()
 {
@@ -55,20 +66,35 @@ void GlobalShortcutsKde::send()
         "blockGlobalShortcuts", g_variant_new("(b)", m_isBlocked), nullptr,
         G_DBUS_CALL_FLAGS_NO_AUTO_START, -1, m_pending.get(),
         [](GObject* source, GAsyncResult* result, gpointer data) {
+            const std::unique_ptr<Call> call(static_cast<Call*>(data));
             GError* error = nullptr;
             const GVariantOwner answer(
                 g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, &error));
             const GErrorOwner held(error);
-            if (!error || g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED))
-                return;
-            auto* self = static_cast<GlobalShortcutsKde*>(data);
-            if (!std::exchange(self->m_hasLoggedFailure, true)) {
-                self->m_log.write(
-                    fmt::format("Quillox: the desktop's global shortcuts are not blocked: {}.",
-                        error->message));
-            }
+            if (!g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED))
+                call->owner.handleAnswer(call->isBlocked, error);
         },
-        this);
+        new Call { *this, m_isBlocked });
+}
+
+void GlobalShortcutsKde::handleAnswer(bool isBlocked, const GError* error)
+{
+    const bool isServiceGone = g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_SERVICE_UNKNOWN)
+        || g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_NAME_HAS_NO_OWNER);
+    if (!isBlocked && (!error || isServiceGone)) {
+        if (const auto unblocked = onUnblocked)
+            unblocked();
+    } else if (error) {
+        logFailure(isBlocked, error->message);
+    }
+}
+
+void GlobalShortcutsKde::logFailure(bool isBlocked, const char* reason)
+{
+    if (m_loggedFailures.insert(isBlocked).second) {
+        m_log.write(fmt::format("Quillox: the desktop's global shortcuts {} blocked: {}.",
+            isBlocked ? "are not" : "may still be", reason));
+    }
 }
 
 } // namespace quillox

@@ -3,7 +3,7 @@
 #include "ports/RunLoop.h"
 
 #include <X11/extensions/XInput2.h>
-#include <array>
+#include <dlfcn.h>
 
 namespace quillox {
 
@@ -15,11 +15,6 @@ namespace {
     constexpr auto checkInterval = 5s;
     /// Another client does not tell when it lets go.
     constexpr auto retryInterval = 100ms;
-
-    int masterKeyboard(GdkDisplay* display)
-    {
-        return gdk_x11_device_get_id(gdk_seat_get_keyboard(gdk_display_get_default_seat(display)));
-    }
 
     bool isViewable(::Display* display, ::Window window)
     {
@@ -41,8 +36,6 @@ KeyboardGrabX11::KeyboardGrabX11(std::function<Gtk::Window*()> keyWindow, RunLoo
 KeyboardGrabX11::~KeyboardGrabX11()
 {
     release();
-    if (m_ownWindow)
-        XDestroyWindow(m_display, m_ownWindow);
 }
 
 bool KeyboardGrabX11::engage()
@@ -54,8 +47,9 @@ bool KeyboardGrabX11::engage()
                 return static_cast<KeyboardGrabX11*>(self)->handle(*event);
             }),
             this);
+        s_engaged = this;
     }
-    m_isHeld = take();
+    m_isHeld = take(holder());
     m_poll = m_runLoop.every(m_isHeld ? checkInterval : retryInterval, [this] { retake(); });
     return m_isHeld;
 }
@@ -66,43 +60,33 @@ void KeyboardGrabX11::release()
         return;
     m_poll.reset();
     g_signal_handler_disconnect(m_gdkDisplay, m_events);
-    if (std::exchange(m_isHeld, false)) {
-        XIUngrabDevice(m_display, masterKeyboard(m_gdkDisplay), CurrentTime);
-        XFlush(m_display);
-    }
+    s_engaged = nullptr;
+    if (std::exchange(m_isHeld, false))
+        endKeyboardGrab(m_gdkDisplay);
 }
 
-::Window KeyboardGrabX11::grabWindow()
+::Window KeyboardGrabX11::holder()
 {
     auto* window = m_keyWindow();
     auto* surface = window ? gtk_native_get_surface(GTK_NATIVE(window->gobj())) : nullptr;
     if (surface && isViewable(m_display, gdk_x11_surface_get_xid(surface)))
         return gdk_x11_surface_get_xid(surface);
-    if (!m_ownWindow) {
-        XSetWindowAttributes attributes {};
-        attributes.override_redirect = True;
-        m_ownWindow = XCreateWindow(m_display, DefaultRootWindow(m_display), -1, -1, 1, 1, 0, 0,
-            InputOnly, CopyFromParent, CWOverrideRedirect, &attributes);
-        XMapWindow(m_display, m_ownWindow);
-    }
-    return m_ownWindow;
+    if (!m_invisibleWindow)
+        m_invisibleWindow.emplace(m_display);
+    return m_invisibleWindow->identifier();
 }
 
-bool KeyboardGrabX11::take()
+bool KeyboardGrabX11::take(::Window holder)
 {
-    std::array<unsigned char, XIMaskLen(XI_LASTEVENT)> bits {};
-    for (const int type : { XI_KeyPress, XI_KeyRelease, XI_FocusIn, XI_FocusOut })
-        XISetMask(bits.data(), type);
-    XIEventMask mask { masterKeyboard(m_gdkDisplay), static_cast<int>(bits.size()), bits.data() };
-    gdk_x11_display_error_trap_push(m_gdkDisplay);
-    const int status = XIGrabDevice(m_display, mask.deviceid, grabWindow(), CurrentTime, None,
-        GrabModeAsync, GrabModeAsync, XIOwnerEvents, &mask);
-    return gdk_x11_display_error_trap_pop(m_gdkDisplay) == 0 && status == GrabSuccess;
+    m_holder = holder;
+    return attemptKeyboardGrab(m_gdkDisplay, holder) == KeyboardGrabAnswer::Given;
 }
 
 void KeyboardGrabX11::retake()
 {
-    const bool isHeld = take();
+    // Without a look at the windows first: until the server has answered that, the keyboard would
+    // be anybody's.
+    const bool isHeld = take(m_holder) || take(holder());
     if (isHeld == m_isHeld)
         return;
     m_isHeld = isHeld;
@@ -113,8 +97,7 @@ void KeyboardGrabX11::retake()
 
 bool KeyboardGrabX11::handle(const XEvent& event)
 {
-    // A popup of ours took the keyboard over, or got it back from here; either way it has let go
-    // when it closes.
+    // The server takes the keyboard from a window that goes.
     if (event.type == UnmapNotify && event.xunmap.event == event.xunmap.window)
         retake();
     const auto& cookie = event.xcookie;
@@ -126,4 +109,24 @@ bool KeyboardGrabX11::handle(const XEvent& event)
     return false;
 }
 
+bool KeyboardGrabX11::keeps(::Display* display, int device)
+{
+    if (!s_engaged || display != s_engaged->m_display
+        || device != masterKeyboard(s_engaged->m_gdkDisplay))
+        return false;
+    s_engaged->retake();
+    return true;
+}
+
 } // namespace quillox
+
+/// In place of the library's function of that name, which the toolkit calls as its popups close and
+/// its drags end. Between its letting go and a grab of ours a key would be the window manager's;
+/// moving the grab to our window instead leaves no time in between.
+extern "C" int XIUngrabDevice(Display* display, int device, Time time)
+{
+    using Function = int (*)(Display*, int, Time);
+    static const auto ungrab = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "XIUngrabDevice"));
+    return quillox::KeyboardGrabX11::keeps(display, device) ? Success
+                                                            : ungrab(display, device, time);
+}

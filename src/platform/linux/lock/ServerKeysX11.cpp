@@ -1,15 +1,13 @@
 #include "platform/linux/lock/ServerKeysX11.h"
 
 #include "platform/linux/lock/ErrorTrapX11.h"
+#include "platform/linux/lock/OwnersX11.h"
 
 #include <algorithm>
 #include <cstring>
-#include <memory>
 #include <utility>
 
 // Last, since Xlib claims common words.
-#include <X11/XKBlib.h>
-#include <X11/extensions/XInput2.h>
 #include <gdk/x11/gdkx.h>
 
 namespace quillox {
@@ -18,26 +16,21 @@ namespace {
 
     using Keyboard = TakenServerKeys::Keyboard;
 
-    struct KeyMapFree {
-        void operator()(XkbDescPtr map) const { XkbFreeKeyboard(map, XkbAllComponentsMask, True); }
-    };
-    using KeyMap = std::unique_ptr<XkbDescRec, KeyMapFree>;
-
     bool isServersOwn(int type)
     {
         return type == XkbSA_Terminate || type == XkbSA_SwitchScreen
             || type == XkbSA_XFree86Private;
     }
 
-    KeyMap keyMap(::Display* display, int keyboard)
+    KeyMapX11 keyMap(::Display* display, int keyboard)
     {
-        KeyMap map(XkbGetMap(display, XkbAllMapComponentsMask, static_cast<unsigned>(keyboard)));
+        KeyMapX11 map(XkbGetMap(display, XkbAllMapComponentsMask, static_cast<unsigned>(keyboard)));
         if (map && XkbGetControls(display, XkbAllControlsMask, map.get()) == Success && map->ctrls)
             return map;
         return nullptr;
     }
 
-    void sendActions(::Display* display, KeyMap& map)
+    void sendActions(::Display* display, KeyMapX11& map)
     {
         XkbMapChangesRec changes {};
         changes.changed = XkbKeyActionsMask;
@@ -55,7 +48,7 @@ namespace {
         }
     }
 
-    void readActions(KeyMap& map, Keyboard& keyboard)
+    void readActions(KeyMapX11& map, Keyboard& keyboard)
     {
         for (int key = map->min_key_code; key <= map->max_key_code; ++key) {
             if (!XkbKeyHasActions(map.get(), key))
@@ -74,7 +67,7 @@ namespace {
     }
 
     /// Writes to the key's place in the map; whether that changes it.
-    bool setAction(KeyMap& map, const TakenServerKeys::Action& taken, bool isBack)
+    bool setAction(KeyMapX11& map, const TakenServerKeys::Action& taken, bool isBack)
     {
         const int key = taken.keyCode;
         if (!isServersOwn(taken.action[0]) || key < map->min_key_code || key > map->max_key_code
@@ -111,8 +104,7 @@ namespace {
     std::vector<Keyboard> presentKeyboards(::Display* display)
     {
         int count = 0;
-        const std::unique_ptr<XIDeviceInfo, decltype(&XIFreeDeviceInfo)> devices(
-            XIQueryDevice(display, XIAllDevices, &count), XIFreeDeviceInfo);
+        const InputDevicesX11 devices(XIQueryDevice(display, XIAllDevices, &count));
         std::vector<Keyboard> keyboards;
         for (int index = 0; devices && index < count; ++index) {
             const auto& device = devices.get()[index];

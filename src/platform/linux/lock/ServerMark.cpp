@@ -1,24 +1,16 @@
 #include "platform/linux/lock/ServerMark.h"
 
 #include "platform/linux/lock/ErrorTrapX11.h"
+#include "platform/linux/lock/OwnersX11.h"
 
 #include <unistd.h>
 
 #include <fmt/format.h>
-#include <memory>
 
 // Last, since Xlib claims common words.
 #include <X11/Xatom.h>
 
 namespace quillox {
-
-namespace {
-
-    struct XFreeMemory {
-        void operator()(unsigned char* memory) const { XFree(memory); }
-    };
-
-} // namespace
 
 std::string serverMark(GdkDisplay* display)
 {
@@ -36,7 +28,7 @@ std::string serverMark(GdkDisplay* display)
     constexpr long longest = 64;
     XGetWindowProperty(
         server, root, name, 0, longest, False, XA_STRING, &type, &format, &length, &left, &bytes);
-    const std::unique_ptr<unsigned char, XFreeMemory> owner(bytes);
+    const OwnerX11<unsigned char> owner(bytes);
     if (type == XA_STRING && format == 8 && length > 0)
         return { reinterpret_cast<const char*>(bytes), length };
     auto mark = fmt::format("{}-{}", ::getpid(), g_get_real_time());

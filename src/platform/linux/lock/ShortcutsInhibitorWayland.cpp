@@ -13,14 +13,20 @@ namespace {
 
     using namespace std::chrono_literals;
 
-    /// How long to leave a compositor alone that withdrew its confirmation.
-    constexpr auto retryPause = 500ms;
+    /// How long the compositor has to confirm, and the keyboard to come to one of our windows; also
+    /// the pause before a compositor that did not is asked again.
+    constexpr auto patience = 1s;
 
     bool isInhibited(GdkToplevel* toplevel)
     {
         gboolean inhibited = FALSE;
         g_object_get(toplevel, "shortcuts-inhibited", &inhibited, nullptr);
         return inhibited != FALSE;
+    }
+
+    bool isFocused(GdkToplevel* toplevel)
+    {
+        return (gdk_toplevel_get_state(toplevel) & GDK_TOPLEVEL_STATE_FOCUSED) != 0;
     }
 
     std::vector<GdkToplevel*> shownToplevels(const ApplicationGtk& application)
@@ -41,8 +47,10 @@ ShortcutsInhibitorWayland::ShortcutsInhibitorWayland(ApplicationGtk& application
     , m_runLoop(runLoop)
 {
     m_application.onSealedWindowShown = [this] {
-        if (m_isEngaged)
-            inhibitAll();
+        if (!m_isEngaged)
+            return;
+        inhibitAll();
+        handleChange();
     };
 }
 
@@ -54,10 +62,12 @@ ShortcutsInhibitorWayland::~ShortcutsInhibitorWayland()
 
 bool ShortcutsInhibitorWayland::engage()
 {
-    m_isEngaged = true;
+    const bool isFirst = !std::exchange(m_isEngaged, true);
     inhibitAll();
     gdk_display_sync(gdk_display_get_default());
-    m_isHeld = isConfirmed();
+    // To windows that were just shown the keyboard is still on its way.
+    m_isHeld = isConfirmed() && (isFirst || hasKeyboard());
+    handleChange();
     return m_isHeld;
 }
 
@@ -65,11 +75,10 @@ void ShortcutsInhibitorWayland::release()
 {
     m_isEngaged = false;
     m_isHeld = false;
-    m_retry.reset();
-    for (const auto& [toplevel, handler] : m_watched) {
-        g_signal_handler_disconnect(toplevel, handler);
-        gdk_toplevel_restore_system_shortcuts(toplevel);
-        g_object_unref(toplevel);
+    m_check.reset();
+    for (const auto& toplevel : m_watched) {
+        g_signal_handlers_disconnect_by_data(toplevel.get(), this);
+        gdk_toplevel_restore_system_shortcuts(toplevel.get());
     }
     m_watched.clear();
 }
@@ -77,23 +86,38 @@ void ShortcutsInhibitorWayland::release()
 void ShortcutsInhibitorWayland::inhibitAll()
 {
     for (auto* toplevel : shownToplevels(m_application)) {
-        if (!m_watched.contains(toplevel)) {
-            m_watched.emplace(GDK_TOPLEVEL(g_object_ref(toplevel)),
-                g_signal_connect_swapped(toplevel, "notify::shortcuts-inhibited",
-                    G_CALLBACK(+[](gpointer self) {
-                        static_cast<ShortcutsInhibitorWayland*>(self)->handleChange();
-                    }),
-                    this));
-        }
+        if (std::ranges::find(m_watched, toplevel, &GObjectOwner<GdkToplevel>::get)
+            == m_watched.end())
+            watch(toplevel);
         gdk_toplevel_inhibit_system_shortcuts(toplevel, nullptr);
     }
 }
 
+void ShortcutsInhibitorWayland::watch(GdkToplevel* toplevel)
+{
+    m_watched.emplace_back(GDK_TOPLEVEL(g_object_ref(toplevel)));
+    const auto changed = G_CALLBACK(
+        +[](gpointer self) { static_cast<ShortcutsInhibitorWayland*>(self)->handleChange(); });
+    g_signal_connect_swapped(toplevel, "notify::shortcuts-inhibited", changed, this);
+    g_signal_connect_swapped(toplevel, "notify::state", changed, this);
+}
+
 void ShortcutsInhibitorWayland::handleChange()
 {
-    const bool isHeld = isConfirmed();
+    m_check = m_runLoop.after(patience, [this] { check(); });
+}
+
+void ShortcutsInhibitorWayland::check()
+{
+    const bool isHeld = isConfirmed() && hasKeyboard();
+    for (auto* toplevel : shownToplevels(m_application)) {
+        if (hasShortcutsInhibitor() && !isInhibited(toplevel)) {
+            gdk_toplevel_restore_system_shortcuts(toplevel);
+            gdk_toplevel_inhibit_system_shortcuts(toplevel, nullptr);
+        }
+    }
     if (!isHeld)
-        m_retry = m_runLoop.after(retryPause, [this] { askAgain(); });
+        handleChange();
     if (isHeld == m_isHeld)
         return;
     m_isHeld = isHeld;
@@ -101,15 +125,9 @@ void ShortcutsInhibitorWayland::handleChange()
         changed();
 }
 
-void ShortcutsInhibitorWayland::askAgain()
+bool ShortcutsInhibitorWayland::hasKeyboard() const
 {
-    for (auto* toplevel : shownToplevels(m_application)) {
-        if (!isInhibited(toplevel)) {
-            gdk_toplevel_restore_system_shortcuts(toplevel);
-            gdk_toplevel_inhibit_system_shortcuts(toplevel, nullptr);
-        }
-    }
-    handleChange();
+    return std::ranges::any_of(shownToplevels(m_application), isFocused);
 }
 
 bool ShortcutsInhibitorWayland::isConfirmed() const

@@ -1,10 +1,11 @@
 #pragma once
 
 #include "platform/linux/lock/KeyboardLayer.h"
+#include "platform/linux/system/GlibOwner.h"
 #include "support/Handle.h"
 
 #include <gtkmm/window.h>
-#include <map>
+#include <vector>
 
 namespace quillox {
 
@@ -13,7 +14,9 @@ class RunLoop;
 
 /// Asks the compositor to keep its shortcuts off, for every window of a run: the one that has the
 /// keyboard decides, and that may be a cover. Held while the compositor confirms it for all of
-/// them, or has no shortcuts. It ends with the windows' connection, and so with the process.
+/// them, or has no shortcuts, and one of them has the keyboard; a moment without, as when it moves
+/// from one to the other, does not count. It ends with the windows' connection, and so with the
+/// process.
 class ShortcutsInhibitorWayland final : public KeyboardLayer {
 public:
     ShortcutsInhibitorWayland(ApplicationGtk&, RunLoop&);
@@ -29,14 +32,16 @@ public:
 
 private:
     void inhibitAll();
+    void watch(GdkToplevel*);
     void handleChange();
-    void askAgain();
+    void check();
+    bool hasKeyboard() const;
     bool isConfirmed() const;
 
     ApplicationGtk& m_application;
     RunLoop& m_runLoop;
-    std::map<GdkToplevel*, gulong> m_watched; ///< With the handler of its confirmation.
-    Handle m_retry;
+    std::vector<GObjectOwner<GdkToplevel>> m_watched;
+    Handle m_check;
     bool m_isEngaged = false;
     bool m_isHeld = false;
 };

@@ -1,6 +1,7 @@
 #include "platform/linux/lock/StackingGuardX11.h"
 
 #include "platform/linux/lock/ErrorTrapX11.h"
+#include "platform/linux/lock/OwnersX11.h"
 
 #include <X11/extensions/XInput2.h>
 #include <algorithm>
@@ -38,10 +39,6 @@ namespace {
             && a.y < reach(b.y, b.height, b) && b.y < reach(a.y, a.height, a);
     }
 
-    struct XFreeMemory {
-        void operator()(void* memory) const { XFree(memory); }
-    };
-
 } // namespace
 
 /// The windows of the screen at one moment, from the bottom to the top.
@@ -51,7 +48,7 @@ struct StackingGuardX11::Stack {
         XWindowAttributes attributes;
     };
 
-    std::unique_ptr<::Window, XFreeMemory> memory;
+    OwnerX11<::Window> memory;
     std::span<const ::Window> windows;
     std::vector<Guarded> guarded; ///< Those that can be seen.
 

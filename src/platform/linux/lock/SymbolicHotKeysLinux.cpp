@@ -33,6 +33,12 @@ SymbolicHotKeysLinux::SymbolicHotKeysLinux(
     , m_kde(log)
     , m_isKde(namesDesktop(desktops, "KDE"))
 {
+    m_kde.onUnblocked = [this] {
+        if (m_off.empty()) {
+            m_note.contents().hasBlockedGlobalShortcuts = false;
+            m_note.save();
+        }
+    };
     if (m_serverKeys) {
         m_serverKeys->onChange = [this] {
             if (!m_off.empty())
@@ -102,7 +108,7 @@ void SymbolicHotKeysLinux::putBack()
     if (contents.serverKeys && m_serverKeys)
         m_serverKeys->putBack(*contents.serverKeys);
     contents.serverKeys.reset();
-    if (std::exchange(contents.hasBlockedGlobalShortcuts, false))
+    if (contents.hasBlockedGlobalShortcuts)
         m_kde.setBlocked(false);
 }
 
@@ -123,7 +129,7 @@ void SymbolicHotKeysLinux::noteWhatIsThere()
             contents.serverKeys.emplace();
         m_serverKeys->note(*contents.serverKeys);
     }
-    contents.hasBlockedGlobalShortcuts = m_isKde;
+    contents.hasBlockedGlobalShortcuts = contents.hasBlockedGlobalShortcuts || m_isKde;
 }
 
 void SymbolicHotKeysLinux::switchOff()
@@ -135,7 +141,7 @@ void SymbolicHotKeysLinux::switchOff()
         m_desktop.switchOff(setting);
     if (m_serverKeys && contents.serverKeys)
         m_serverKeys->takeAway(*contents.serverKeys);
-    if (contents.hasBlockedGlobalShortcuts)
+    if (m_isKde)
         m_kde.setBlocked(true);
 }
 

@@ -17,7 +17,9 @@ namespace {
 
     using namespace std::chrono_literals;
 
-    constexpr auto displayPatience = 1s;
+    /// For opening the display, and again for all questions to it: of one that is there even a slow
+    /// machine's answers within a fraction.
+    constexpr auto displayPatience = 5s;
 
     std::string environment(const char* name)
     {
@@ -64,9 +66,10 @@ LockFacts LockSurveyLinux::survey()
     auto facts = machineFacts();
     auto unanswered = facts;
     unanswered.display = LockFacts::Display::NotAnswering;
-    const Alarm alarm(displayPatience, [this, &unanswered] { m_onNoAnswer(unanswered); });
-    if (!gtk_init_check())
+    const auto giveUp = [this, &unanswered] { m_onNoAnswer(unanswered); };
+    if (const Alarm alarm(displayPatience, giveUp); !gtk_init_check())
         return facts;
+    const Alarm alarm(displayPatience, giveUp);
     auto* display = gdk_display_get_default();
     facts.displayName = gdk_display_get_name(display);
     if (GDK_IS_X11_DISPLAY(display)) {

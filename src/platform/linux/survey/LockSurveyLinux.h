@@ -13,12 +13,12 @@ namespace quillox {
 class LockSurveyLinux {
 public:
     /// `identifier` is the application's. `onNoAnswer` is called on another thread when the display
-    /// gives no answer within a second; it must end the process, since the caller hangs for good.
+    /// is silent for five seconds; it must end the process, since the caller hangs for good.
     LockSurveyLinux(std::string identifier, std::function<void(const LockFacts&)> onNoAnswer);
 
     /// Opens the display that the program would open, looks, and tries what can be tried without
-    /// harm: on X11 the keyboard is held for some milliseconds. Answers within two seconds. Main
-    /// thread only, once.
+    /// harm: on X11 the keyboard is held for some milliseconds. Takes less than two seconds with a
+    /// display that answers, and eleven at most. Main thread only, once.
     LockFacts survey();
 
 private:

@@ -3,6 +3,7 @@
 #include "platform/linux/system/FileDescriptor.h"
 #include "platform/linux/system/GlibOwner.h"
 
+#include <algorithm>
 #include <array>
 #include <filesystem>
 #include <fstream>
@@ -23,10 +24,19 @@ namespace {
     constexpr auto service = "org.freedesktop.login1";
     constexpr auto object = "/org/freedesktop/login1";
     constexpr auto manager = "org.freedesktop.login1.Manager";
-    constexpr std::array keySettings { "HandlePowerKey", "HandleSuspendKey", "HandleHibernateKey",
-        "HandleLidSwitch" };
-    constexpr std::array inhibitors { "idle", "handle-power-key", "handle-suspend-key",
-        "handle-hibernate-key", "handle-lid-switch" };
+
+    struct HardwareKey {
+        const char* inhibitor;
+        std::array<const char*, 2> settings; ///< Each may make it act.
+    };
+    constexpr std::array hardwareKeys {
+        HardwareKey { "handle-power-key", { "HandlePowerKey", "HandlePowerKeyLongPress" } },
+        HardwareKey { "handle-reboot-key", { "HandleRebootKey", "HandleRebootKeyLongPress" } },
+        HardwareKey { "handle-suspend-key", { "HandleSuspendKey", "HandleSuspendKeyLongPress" } },
+        HardwareKey {
+            "handle-hibernate-key", { "HandleHibernateKey", "HandleHibernateKeyLongPress" } },
+        HardwareKey { "handle-lid-switch", { "HandleLidSwitch", "HandleLidSwitchExternalPower" } },
+    };
 
     std::optional<int> sysrqSetting()
     {
@@ -40,16 +50,23 @@ namespace {
         return std::nullopt;
     }
 
+    std::string trimmed(const std::string& text)
+    {
+        constexpr auto blanks = " \t\r";
+        const auto start = std::min(text.find_first_not_of(blanks), text.size());
+        return text.substr(start, text.find_last_not_of(blanks) + 1 - start);
+    }
+
     /// The last word of systemd's files wins, as it does for systemd.
     std::string systemdSetting(std::string_view name)
     {
         std::map<std::string, fs::path> fragments;
         for (const auto* folder : { "/usr/lib", "/usr/local/lib", "/run", "/etc" }) {
             std::error_code error;
-            for (const auto& entry :
-                fs::directory_iterator(fs::path(folder) / "systemd/system.conf.d", error)) {
-                if (entry.path().extension() == ".conf")
-                    fragments[entry.path().filename()] = entry.path();
+            fs::directory_iterator entry(fs::path(folder) / "systemd/system.conf.d", error);
+            for (; entry != fs::directory_iterator(); entry.increment(error)) {
+                if (entry->path().extension() == ".conf")
+                    fragments[entry->path().filename()] = entry->path();
             }
         }
         std::string value;
@@ -57,8 +74,8 @@ namespace {
             std::ifstream file(path);
             for (std::string line; std::getline(file, line);) {
                 const auto equals = line.find('=');
-                if (equals != std::string::npos && line.substr(0, equals) == name)
-                    value = line.substr(equals + 1);
+                if (equals != std::string::npos && trimmed(line.substr(0, equals)) == name)
+                    value = trimmed(line.substr(equals + 1));
             }
         };
         read("/etc/systemd/system.conf");
@@ -98,21 +115,29 @@ namespace {
                 return std::nullopt;
             const GVariantOwner values(g_variant_get_child_value(settings.get(), 0));
             LoginFacts facts;
-            for (const auto* name : keySettings) {
-                const auto value = text(values.get(), name);
-                if (value != "ignore")
-                    facts.keyActions.push_back(
-                        std::string(name) + "=" + (value.empty() ? "unknown" : value));
-            }
             facts.idleAction = text(values.get(), "IdleAction");
-            for (const auto* kind : inhibitors) {
-                if (!grants(kind))
-                    facts.refusedInhibitors.emplace_back(kind);
-            }
+            if (!grants("idle"))
+                facts.refusedInhibitors.emplace_back("idle");
+            for (const auto& key : hardwareKeys)
+                survey(key, values.get(), facts);
             return facts;
         }
 
     private:
+        /// A login service that is too old for a key has no setting for it, and does not act on it.
+        void survey(const HardwareKey& key, GVariant* values, LoginFacts& facts) const
+        {
+            bool isKnown = false;
+            for (const auto* name : key.settings) {
+                const auto value = text(values, name);
+                isKnown = isKnown || !value.empty();
+                if (!value.empty() && value != "ignore")
+                    facts.keyActions.push_back(std::string(name) + "=" + value);
+            }
+            if (isKnown && !grants(key.inhibitor))
+                facts.refusedInhibitors.emplace_back(key.inhibitor);
+        }
+
         GVariantOwner call(const char* interface, const char* method, GVariant* arguments,
             const GVariantType* reply, GUnixFDList** descriptors = nullptr) const
         {

@@ -1,8 +1,8 @@
 #include "platform/linux/gtk/WindowPlacementWayland.h"
 #include "platform/linux/survey/LockSurveyLinux.h"
-#include "platform/linux/survey/ProcessLook.h"
 #include "platform/linux/survey/SwayBindings.h"
 #include "platform/linux/system/GlibOwner.h"
+#include "platform/linux/system/ProcessLook.h"
 
 #include <algorithm>
 #include <cstdlib>

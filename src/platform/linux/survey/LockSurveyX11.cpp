@@ -1,20 +1,18 @@
+#include "platform/linux/lock/DisplayPowerX11.h"
 #include "platform/linux/lock/ErrorTrapX11.h"
+#include "platform/linux/lock/KeyboardGrabAttempt.h"
+#include "platform/linux/lock/OwnersX11.h"
 #include "platform/linux/lock/ServerKeysX11.h"
+#include "platform/linux/lock/XwaylandX11.h"
 #include "platform/linux/survey/LockSurveyLinux.h"
-#include "platform/linux/survey/ProcessLook.h"
 #include "platform/linux/system/GlibOwner.h"
+#include "platform/linux/system/ProcessLook.h"
 
-#include <X11/XKBlib.h>
-#include <X11/Xlib.h>
-#include <X11/extensions/XInput2.h>
 #include <X11/extensions/XRes.h>
-#include <X11/extensions/scrnsaver.h>
 #include <algorithm>
-#include <array>
 #include <fmt/format.h>
 #include <gdk/x11/gdkx.h>
 #include <map>
-#include <memory>
 #include <span>
 #include <unistd.h>
 
@@ -24,41 +22,22 @@ namespace {
 
     using Grab = X11Facts::KeyboardGrab;
 
-    struct XFreeMemory {
-        void operator()(void* memory) const { XFree(memory); }
-    };
-    template <typename Type> using XOwner = std::unique_ptr<Type, XFreeMemory>;
-
-    struct KeyboardMapFree {
-        void operator()(XkbDescPtr map) const { XkbFreeKeyboard(map, 0, True); }
-    };
-    using KeyboardMap = std::unique_ptr<XkbDescRec, KeyboardMapFree>;
-
     /// Holds the whole keyboard for as long as one round trip takes.
     Grab tryKeyboard(GdkDisplay* gdkDisplay, ::Display* display)
     {
-        auto* keyboard = gdk_seat_get_keyboard(gdk_display_get_default_seat(gdkDisplay));
-        if (!keyboard)
-            return Grab::Refused;
-        const int device = gdk_x11_device_get_id(keyboard);
-        XSetWindowAttributes attributes {};
-        attributes.override_redirect = True;
-        const auto window = XCreateWindow(display, DefaultRootWindow(display), -1, -1, 1, 1, 0, 0,
-            InputOnly, CopyFromParent, CWOverrideRedirect, &attributes);
-        XMapWindow(display, window);
-        std::array<unsigned char, XIMaskLen(XI_LASTEVENT)> bits {};
-        XIEventMask mask { device, static_cast<int>(bits.size()), bits.data() };
-        gdk_x11_display_error_trap_push(gdkDisplay);
-        const int status = XIGrabDevice(display, device, window, CurrentTime, None, GrabModeAsync,
-            GrabModeAsync, XIOwnerEvents, &mask);
-        if (status == GrabSuccess)
-            XIUngrabDevice(display, device, CurrentTime);
-        const bool hasFailed = gdk_x11_display_error_trap_pop(gdkDisplay) != 0;
-        XDestroyWindow(display, window);
-        XSync(display, False);
-        if (status == AlreadyGrabbed || status == GrabFrozen)
+        const InvisibleWindowX11 window(display);
+        const auto answer = attemptKeyboardGrab(gdkDisplay, window.identifier());
+        if (answer == KeyboardGrabAnswer::Given)
+            endKeyboardGrab(gdkDisplay);
+        switch (answer) {
+        case KeyboardGrabAnswer::Given:
+            return Grab::Free;
+        case KeyboardGrabAnswer::HeldByAnother:
             return Grab::Held;
-        return status == GrabSuccess && !hasFailed ? Grab::Free : Grab::Refused;
+        case KeyboardGrabAnswer::Refused:
+            return Grab::Refused;
+        }
+        return Grab::NotTried;
     }
 
     /// Whether the server has a device of the kernel's; virtual and nested ones have none.
@@ -66,8 +45,7 @@ namespace {
     {
         const auto property = XInternAtom(display, "Device Node", True);
         int count = 0;
-        const std::unique_ptr<XIDeviceInfo, decltype(&XIFreeDeviceInfo)> devices(
-            XIQueryDevice(display, XIAllDevices, &count), XIFreeDeviceInfo);
+        const InputDevicesX11 devices(XIQueryDevice(display, XIAllDevices, &count));
         if (property == None || !devices)
             return false;
         const std::span all(devices.get(), static_cast<std::size_t>(count));
@@ -79,7 +57,7 @@ namespace {
             unsigned char* value = nullptr;
             XIGetProperty(display, device.deviceid, property, 0, 1, False, AnyPropertyType, &type,
                 &format, &length, &left, &value);
-            const XOwner<unsigned char> owned(value);
+            const OwnerX11<unsigned char> owned(value);
             return length > 0;
         });
     }
@@ -87,7 +65,7 @@ namespace {
     /// Tells the server of one key what it told us. Whether it accepts that.
     bool acceptsChange(GdkDisplay* gdkDisplay, ::Display* display, int keyboard, int key)
     {
-        const KeyboardMap map(
+        const KeyMapX11 map(
             XkbGetMap(display, XkbAllMapComponentsMask, static_cast<unsigned>(keyboard)));
         if (!map)
             return false;
@@ -156,8 +134,30 @@ namespace {
             facts.x11.otherClients->push_back(name);
     }
 
-    /// Whether the kiosk shows a window of the kind that it seals with.
-    void surveyKiosk(::Display* display, LockFacts& facts)
+    /// In the server's pixels.
+    std::vector<GdkRectangle> outputs(GdkDisplay* display)
+    {
+        std::vector<GdkRectangle> areas;
+        auto* monitors = gdk_display_get_monitors(display);
+        for (guint index = 0; index < g_list_model_get_n_items(monitors); ++index) {
+            const GObjectOwner<GdkMonitor> monitor(
+                GDK_MONITOR(g_list_model_get_item(monitors, index)));
+            const int scale = gdk_monitor_get_scale_factor(monitor.get());
+            auto& area = areas.emplace_back();
+            gdk_monitor_get_geometry(monitor.get(), &area);
+            area = { area.x * scale, area.y * scale, area.width * scale, area.height * scale };
+        }
+        return areas;
+    }
+
+    bool covers(const XWindowAttributes& window, const GdkRectangle& area)
+    {
+        return window.x <= area.x && window.x + window.width >= area.x + area.width
+            && window.y <= area.y && window.y + window.height >= area.y + area.height;
+    }
+
+    /// The kiosk seals with windows that no window manager moves and that cover an output each.
+    void surveyKiosk(GdkDisplay* gdkDisplay, ::Display* display, LockFacts& facts)
     {
         const auto processes = clientProcesses(display);
         if (facts.kioskProcess == 0 || !processes)
@@ -168,20 +168,19 @@ namespace {
         unsigned int count = 0;
         if (!XQueryTree(display, DefaultRootWindow(display), &root, &parent, &children, &count))
             return;
-        const XOwner<::Window> owned(children);
-        facts.isKioskSealed = false;
-        for (const auto window : std::span(children, count)) {
+        const OwnerX11<::Window> owned(children);
+        const auto areas = outputs(gdkDisplay);
+        facts.isKioskSealed = std::ranges::any_of(std::span(children, count), [&](::Window window) {
             auto client = processes->upper_bound(window);
             const bool isKiosk
                 = client != processes->begin() && (--client)->second == facts.kioskProcess;
             XWindowAttributes attributes {};
-            const bool isKnown = XGetWindowAttributes(display, window, &attributes) != 0;
-            constexpr int largestMenu = 320;
-            if (isKiosk && isKnown && attributes.override_redirect
-                && attributes.map_state == IsViewable && attributes.c_class == InputOutput
-                && attributes.width > largestMenu)
-                facts.isKioskSealed = true;
-        }
+            return isKiosk && XGetWindowAttributes(display, window, &attributes) != 0
+                && attributes.override_redirect && attributes.map_state == IsViewable
+                && attributes.c_class == InputOutput
+                && std::ranges::any_of(
+                    areas, [&](const auto& area) { return covers(attributes, area); });
+        });
     }
 
     void surveyWindowManager(GdkDisplay* gdkDisplay, ::Display* display, X11Facts& facts)
@@ -196,19 +195,6 @@ namespace {
         }
     }
 
-    bool hasXwaylandOutput(GdkDisplay* display)
-    {
-        auto* monitors = gdk_display_get_monitors(display);
-        for (guint index = 0; index < g_list_model_get_n_items(monitors); ++index) {
-            const GObjectOwner<GdkMonitor> monitor(
-                GDK_MONITOR(g_list_model_get_item(monitors, index)));
-            const auto* connector = gdk_monitor_get_connector(monitor.get());
-            if (connector && std::string_view(connector).starts_with("XWAYLAND"))
-                return true;
-        }
-        return false;
-    }
-
 } // namespace
 
 void surveyX11(GdkDisplay* gdkDisplay, LockFacts& facts)
@@ -218,26 +204,17 @@ void surveyX11(GdkDisplay* gdkDisplay, LockFacts& facts)
     const int server = peerProcess(ConnectionNumber(display));
     facts.displayServer = processName(server);
     facts.serverReadsInput = hasDeviceNode(display);
-    int opcode = 0;
-    int event = 0;
-    int error = 0;
-    // Its socket may be the compositor's; older ones only show by what they call their outputs.
-    facts.x11.isXwayland = facts.displayServer == "Xwayland"
-        || XQueryExtension(display, "XWAYLAND", &opcode, &event, &error)
-        || hasXwaylandOutput(gdkDisplay);
+    facts.x11.isXwayland = isXwayland(gdkDisplay);
     surveyWindowManager(gdkDisplay, display, facts.x11);
-    surveyKiosk(display, facts);
+    surveyKiosk(gdkDisplay, display, facts);
     surveyClients(display, server, facts);
     surveyServerKeys(gdkDisplay, display, facts);
     int hosts = 0;
     Bool isControlled = False;
-    const XOwner<XHostAddress> addresses(XListHosts(display, &hosts, &isControlled));
+    const OwnerX11<XHostAddress> addresses(XListHosts(display, &hosts, &isControlled));
     facts.x11.hasAccessControl = isControlled != False;
-    int major = 0;
-    int minor = 0;
-    facts.x11.canSuspendScreenSaver = XScreenSaverQueryExtension(display, &event, &error)
-        && XScreenSaverQueryVersion(display, &major, &minor)
-        && (major > 1 || (major == 1 && minor >= 1));
+    facts.x11.canSuspendScreenSaver = canSuspendScreenSaver(gdkDisplay);
+    facts.x11.hasPowerSaving = hasPowerSaving(gdkDisplay);
     facts.x11.keyboardGrab = tryKeyboard(gdkDisplay, display);
 }
 

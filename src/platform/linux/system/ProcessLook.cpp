@@ -1,6 +1,5 @@
-#include "platform/linux/survey/ProcessLook.h"
+#include "platform/linux/system/ProcessLook.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <fmt/format.h>
 #include <fstream>
@@ -61,13 +60,15 @@ std::optional<bool> readsInputDevices(int process)
 {
     namespace fs = std::filesystem;
     std::error_code error;
-    const fs::directory_iterator descriptors(fmt::format("/proc/{}/fd", process), error);
+    fs::directory_iterator descriptor(fmt::format("/proc/{}/fd", process), error);
     if (process <= 0 || error)
         return std::nullopt;
-    return std::any_of(begin(descriptors), end(descriptors), [](const auto& descriptor) {
+    for (; descriptor != fs::directory_iterator(); descriptor.increment(error)) {
         std::error_code ignored; // It was closed meanwhile.
-        return fs::read_symlink(descriptor, ignored).string().starts_with("/dev/input/event");
-    });
+        if (fs::read_symlink(*descriptor, ignored).string().starts_with("/dev/input/event"))
+            return true;
+    }
+    return error ? std::nullopt : std::optional(false);
 }
 
 bool isDescendant(int process, int ancestor)
