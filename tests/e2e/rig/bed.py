@@ -7,11 +7,12 @@ import re
 import shutil
 import subprocess
 import tempfile
+import time
 from pathlib import Path
 
 import pytest
 
-from . import wayland, x11
+from . import canaries, wayland, x11
 from .home import Home, needs
 from .site import Site, page_picture
 from .waiting import wait_for
@@ -22,11 +23,15 @@ X11_DISPLAYS = {
     "xfwm4": lambda home: x11.X11(home, manager=(
         "dbus-run-session", "--", "xfwm4", "--compositor=off")),
     "three outputs": x11.three_outputs,
+    "openbox with bindings": canaries.openbox,
+    "xfwm4 with bindings": canaries.xfwm4,
+    "bindings, no window manager": canaries.no_manager,
 }
 WAYLAND_DISPLAYS = {
     "sway": wayland.Sway,
     "sway, two outputs": lambda home: wayland.Sway(home, outputs=2),
     "cage": wayland.Cage,
+    "sway with bindings": canaries.sway,
 }
 SUPPRESSIONS = Path(__file__).parent.parent / "lsan.supp"
 SEAL_KEYS, UNSEAL_KEYS = "alt+s", "super+shift+s"
@@ -83,6 +88,9 @@ class Bed:
     def log(self):
         return (self.home.logs / "quillox").read_text(errors="replace")
 
+    def picture(self):
+        return self.display.picture(next(iter(self.display.outputs())))
+
     def shows_page(self, output):
         picture = self.display.picture(output)
         return picture == page_picture(picture.size)
@@ -107,15 +115,72 @@ class Bed:
         self.display.press(SEAL_KEYS)
         self.wait_sealed()
 
+    def seal_page(self, page, password=""):
+        """Starts the program and seals a page that tells the keys that it sees."""
+        # With a password the setup asks for it too, but for a run that starts by itself.
+        self.settings(url=self.site.url + page, autoStartKiosk=bool(password), requireExitPassword=bool(password),
+                      exitPassword=password)
+        self.start()
+        self.wait_sealed() if password else self.seal()
+        wait_for("field with the keyboard", lambda: "/focused" in self.site.paths)
+
+    def seen_keys(self):
+        """What the page saw of keys since the last call, and the text that its field holds.
+
+        All that was pressed before has been dealt with then. Modifiers are left out.
+        """
+        count = len(self.site.told)
+        self.display.press("x")
+        keys, text = wait_for("letter in the page", lambda: self.site.told[count:])[-1]
+        keys = [key for key in keys if not re.search(r" (Shift|Control|Alt|Meta|OS|Unidentified)", key)]
+        assert keys[-2:] == ["keydown KeyX", "keyup KeyX"], keys
+        return keys[:-2], text
+
+    def open_list(self):
+        """Opens the list of the page of keys, which is a popup window."""
+        width, height = self.picture().size
+        self.display.click(width // 7, height // 7)
+        wait_for("open list", self.is_list_open)
+
+    def close_list(self):
+        assert self.is_list_open()
+        self.display.press("Escape")
+        self.wait_sealed()
+
+    def is_list_open(self):
+        """Whether something covers the page's left; what belongs to the gesture is in its middle."""
+        picture = self.picture()
+        left = (0, 0, picture.width // 3, picture.height)
+        return picture.crop(left) != page_picture(picture.size).crop(left)
+
+    def is_prompt_open(self):
+        """Whether the exit prompt darkens the page, up to its edges."""
+        picture = self.picture()
+        return picture.getpixel((1, 1)) != page_picture(picture.size).getpixel((1, 1))
+
+    def hold(self, seconds, meanwhile=lambda: None):
+        """Holds the keys that unseal for some time."""
+        end = time.monotonic() + seconds
+        with self.display.hold(UNSEAL_KEYS):
+            meanwhile()
+            wait_for("end of the hold", lambda: time.monotonic() >= end)
+
+    def open_prompt(self):
+        with self.display.hold(UNSEAL_KEYS):
+            wait_for("exit prompt", self.is_prompt_open)
+
     def unseal(self):
-        self.display.press(UNSEAL_KEYS)
-        self.wait_unsealed()
+        """Holds the keys until it shows; that takes a second."""
+        with self.display.hold(UNSEAL_KEYS):
+            self.wait_unsealed()
+
+    def is_unsealed(self):
+        """Whether the setup window is all that the program shows; it also stays where it is during a run."""
+        return (not self.display.sealed_windows(self.process.pid) and self.display.setup_window()
+                and not any(self.shows_page(output) for output in self.display.outputs()))
 
     def wait_unsealed(self):
-        """Until the setup window is all that the program shows; it also stays where it is during a run."""
-        wait_for("setup window and no page", lambda: (
-            not self.display.sealed_windows(self.process.pid) and self.display.setup_window()
-            and not any(self.shows_page(output) for output in self.display.outputs())))
+        wait_for("setup window and no page", self.is_unsealed)
 
     def close(self):
         """Closes the setup window; the program ends by itself, without complaints of a sanitizer."""

@@ -1,5 +1,6 @@
 """A page whose every pixel is known, served on the loopback interface."""
 
+import json
 import threading
 from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 
@@ -13,8 +14,32 @@ SIDES = {"left": "left:0;top:0;bottom:0;width", "right": "right:0;top:0;bottom:0
 PAGE = (f"<!doctype html><title>Bands</title><style>html{{background:{CENTRE}}}*{{cursor:none}}</style>"
         + "".join(f"<div style='position:fixed;{SIDES[side]}:{BAND}px;background:{colour}'></div>"
                   for side, colour in COLOURS.items())).encode()
-# Looks the same, and asks for what a hidden text field holds, once that has the keyboard.
-FIELD = PAGE + b"<input autofocus style='position:fixed;opacity:0' onfocus=oninput() oninput='fetch(`/typed/${value}`)'>"
+# Looks the same, and tells the keys that it saw whenever X went up, and when its hidden text field got the keyboard.
+# Over the field is a list. Asked for as /thief, it takes the keyboard at every opportunity; as /busy, it is busy
+# for two seconds after a B; as /picker, it opens a date picker on C and takes it away a moment later.
+KEYS = PAGE + b"""<style>input, select { position: fixed; left: 10%; top: 10%; width: 10%; height: 10%; opacity: 0 }</style>
+<input autofocus maxlength="50" onfocus="fetch('/focused')"><select onchange="fetch('/chosen/' + value)"><option>one<option>two<option>three</select><script>
+let keys = []
+const field = document.querySelector("input")
+for (const type of ["keydown", "keyup"]) addEventListener(type, event => {
+  keys.push(`${type} ${event.code}`)
+  if (keys.at(-1) !== "keyup KeyX") return
+  fetch("/told", { method: "POST", body: JSON.stringify([keys, field.value]) })
+  keys = []
+}, true)
+const date = document.createElement("input")
+date.type = "date"
+if (location.pathname === "/busy") addEventListener("keydown", event => {
+  for (const end = Date.now() + 2000; event.code === "KeyB" && Date.now() < end;);
+})
+if (location.pathname === "/picker") addEventListener("keydown", event => {
+  if (event.code !== "KeyC") return
+  document.body.append(date)
+  date.showPicker()
+  setTimeout(() => { date.remove(); field.focus(); fetch("/removed") }, 300)
+})
+if (location.pathname === "/thief") setInterval(() => { window.focus(); field.focus() }, 50)
+</script>"""
 
 
 def page_picture(size):
@@ -35,11 +60,18 @@ class Site:
     def __init__(self):
         site = self
         self.paths = []  # that were asked for
+        self.told = []  # by the page of keys
 
         class Handler(BaseHTTPRequestHandler):
             def do_GET(self):
                 site.paths.append(self.path)
-                page = FIELD if self.path == "/field" else PAGE
+                self._answer(KEYS if self.path in ("/keys", "/thief", "/busy", "/picker") else PAGE)
+
+            def do_POST(self):
+                site.told.append(json.loads(self.rfile.read(int(self.headers["Content-Length"]))))
+                self._answer(b"")
+
+            def _answer(self, page):
                 self.send_response(200)
                 self.send_header("Content-Type", "text/html")
                 self.send_header("Content-Length", str(len(page)))

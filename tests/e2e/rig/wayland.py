@@ -91,6 +91,16 @@ class Sway:
     def press(self, keys):
         self._outer.press(keys)
 
+    def hold(self, keys):
+        return self._outer.hold(keys)
+
+    def click(self, x, y):
+        self._outer.click(x, y)
+
+    def use_layout(self, layout):
+        self._outer.use_layout(layout)
+        self.run("swaymsg", "input", "type:keyboard", "xkb_layout", layout)
+
     def open_bystander(self):
         """Another program's window, which the kiosk must leave as it was."""
         before = {output: self.picture(output) for output in self.outputs()}

@@ -8,15 +8,19 @@ from pathlib import Path
 
 import pytest
 from PIL import ImageGrab
-from Xlib import X, error
+from Xlib import XK, X, error
 from Xlib.display import Display
-from Xlib.protocol.event import ClientMessage
+from Xlib.ext import xtest
+from Xlib.protocol.event import ClientMessage, MappingNotify
 
 from .home import needs
 from .waiting import wait_for
 
 BACKGROUND = 0x305070  # Neither black nor a colour of the page: what no window covers shows.
 FIRST_DISPLAY = int(os.environ.get("QUILLOX_E2E_FIRST_DISPLAY", "70"))
+MODIFIERS = {"alt": "Alt_L", "altgr": "ISO_Level3_Shift", "ctrl": "Control_L", "shift": "Shift_L", "super": "Super_L"}
+XK.load_keysym_group("xf86")
+XK.load_keysym_group("xkb")
 DUMMY_DRIVER = Path("/usr/lib/xorg/modules/drivers/dummy_drv.so")
 DUMMY_CONFIGURATION = """
 Section "Device"
@@ -173,7 +177,38 @@ class X11:
         return [w for w in self._root.query_tree().children if self._name(w) == name.encode()]
 
     def press(self, keys):
-        self.run("xdotool", "key", "--clearmodifiers", keys)
+        with self.hold(keys):
+            pass
+
+    @contextlib.contextmanager
+    def hold(self, keys):
+        """Keeps keys such as "super+shift+s" down."""
+        codes = [self.keycode(key) for key in keys.split("+")]
+        try:
+            self.fake((X.KeyPress, code) for code in codes)
+            yield
+        finally:
+            self.fake((X.KeyRelease, code) for code in reversed(codes))
+
+    def click(self, x, y):
+        self.fake([(X.MotionNotify, 0, x, y), (X.ButtonPress, 1), (X.ButtonRelease, 1)])
+
+    def fake(self, inputs):
+        """Has the server act as if keyboard and mouse had sent these pairs of event type and detail."""
+        for kind, detail, *position in inputs:
+            xtest.fake_input(self._display, kind, detail, **dict(zip("xy", position)))
+        self._display.sync()
+
+    def keycode(self, key):
+        name = MODIFIERS.get(key, key).replace("XF86", "XF86_")
+        code = self._display.keysym_to_keycode(XK.string_to_keysym(name))
+        assert code, f"no key for {key}"
+        return code
+
+    def use_layout(self, layout):
+        self.run("setxkbmap", layout)
+        self._display.refresh_keyboard_mapping(MappingNotify(
+            request=X.MappingKeyboard, first_keycode=8, count=248, sequence_number=0))
 
     def enter(self, text):
         self.run("xdotool", "type", "--clearmodifiers", "--", text)

@@ -35,15 +35,36 @@ bool WindowPlacementWayland::canCoverSeparateScreens() const
     return !isSingleWindowCompositor();
 }
 
+void WindowPlacementWayland::prepare(Gtk::Window& window)
+{
+    // A compositor's own commands can end it.
+    window.property_fullscreened().signal_changed().connect([this, &window] {
+        if (m_covered.contains(&window) && !window.is_fullscreen())
+            fillScreen(window);
+    });
+}
+
 void WindowPlacementWayland::cover(
     Gtk::Window& window, std::uint32_t displayNumber, const Rect& frame)
 {
+    m_covered[&window] = displayNumber;
     window.set_default_size(static_cast<int>(frame.width), static_cast<int>(frame.height));
-    if (auto* monitor = m_screens.monitor(displayNumber))
+    fillScreen(window);
+    window.set_visible(true);
+}
+
+void WindowPlacementWayland::hide(Gtk::Window& window)
+{
+    m_covered.erase(&window);
+    window.set_visible(false);
+}
+
+void WindowPlacementWayland::fillScreen(Gtk::Window& window)
+{
+    if (auto* monitor = m_screens.monitor(m_covered.at(&window)))
         gtk_window_fullscreen_on_monitor(window.gobj(), monitor);
     else
         window.fullscreen();
-    window.set_visible(true);
 }
 
 void WindowPlacementWayland::takeKeyboard(Gtk::Window& window)

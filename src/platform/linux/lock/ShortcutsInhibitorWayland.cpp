@@ -96,10 +96,22 @@ void ShortcutsInhibitorWayland::inhibitAll()
 void ShortcutsInhibitorWayland::watch(GdkToplevel* toplevel)
 {
     m_watched.emplace_back(GDK_TOPLEVEL(g_object_ref(toplevel)));
-    const auto changed = G_CALLBACK(
-        +[](gpointer self) { static_cast<ShortcutsInhibitorWayland*>(self)->handleChange(); });
-    g_signal_connect_swapped(toplevel, "notify::shortcuts-inhibited", changed, this);
-    g_signal_connect_swapped(toplevel, "notify::state", changed, this);
+    const auto confirmed = +[](gpointer self) {
+        static_cast<ShortcutsInhibitorWayland*>(self)->handleConfirmation();
+    };
+    const auto changed
+        = +[](gpointer self) { static_cast<ShortcutsInhibitorWayland*>(self)->handleChange(); };
+    g_signal_connect_swapped(toplevel, "notify::shortcuts-inhibited", G_CALLBACK(confirmed), this);
+    g_signal_connect_swapped(toplevel, "notify::state", G_CALLBACK(changed), this);
+}
+
+void ShortcutsInhibitorWayland::handleConfirmation()
+{
+    // One that was just asked is left alone for a while.
+    if (isConfirmed() || m_runLoop.monotonicNow() < m_nextQuestion)
+        handleChange();
+    else
+        check();
 }
 
 void ShortcutsInhibitorWayland::handleChange()
@@ -110,6 +122,7 @@ void ShortcutsInhibitorWayland::handleChange()
 void ShortcutsInhibitorWayland::check()
 {
     const bool isHeld = isConfirmed() && hasKeyboard();
+    m_nextQuestion = m_runLoop.monotonicNow() + patience;
     for (auto* toplevel : shownToplevels(m_application)) {
         if (hasShortcutsInhibitor() && !isInhibited(toplevel)) {
             gdk_toplevel_restore_system_shortcuts(toplevel);

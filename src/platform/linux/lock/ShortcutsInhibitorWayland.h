@@ -2,6 +2,7 @@
 
 #include "platform/linux/lock/KeyboardLayer.h"
 #include "platform/linux/system/GlibOwner.h"
+#include "ports/RunLoop.h"
 #include "support/Handle.h"
 
 #include <gtkmm/window.h>
@@ -10,7 +11,6 @@
 namespace quillox {
 
 class ApplicationGtk;
-class RunLoop;
 
 /// Asks the compositor to keep its shortcuts off, for every window of a run: the one that has the
 /// keyboard decides, and that may be a cover. Held while the compositor confirms it for all of
@@ -33,6 +33,7 @@ public:
 private:
     void inhibitAll();
     void watch(GdkToplevel*);
+    void handleConfirmation();
     void handleChange();
     void check();
     bool hasKeyboard() const;
@@ -42,6 +43,7 @@ private:
     RunLoop& m_runLoop;
     std::vector<GObjectOwner<GdkToplevel>> m_watched;
     Handle m_check;
+    RunLoop::MonotonicTime m_nextQuestion;
     bool m_isEngaged = false;
     bool m_isHeld = false;
 };
