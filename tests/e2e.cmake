@@ -1,10 +1,10 @@
 # The real program on private displays: as it is shipped, where its build is given, and some of it again with
-# the sanitizers. The tests find free display numbers themselves, so that they may run beside anything;
-# PROCESSORS keeps them from slowing one another down.
+# the sanitizers. The tests find free display numbers themselves, so that they may run beside anything. They mostly
+# wait; ALONE marks those that use both processors, or that measure.
 set(QUILLOX_SHIPPED_PROGRAM "$<TARGET_FILE:quillox>" CACHE STRING "The program that the end-to-end tests drive")
 
 function(quillox_e2e name mark)
-  cmake_parse_arguments(PARSE_ARGV 2 E2E "SANITIZED" "" "")
+  cmake_parse_arguments(PARSE_ARGV 2 E2E "SANITIZED;ALONE" "" "")
   if(E2E_SANITIZED)
     set(test e2e.${name}.${mark}.sanitized)
     set(program $<TARGET_FILE:quillox>)
@@ -20,9 +20,14 @@ function(quillox_e2e name mark)
       PYTHONDONTWRITEBYTECODE=1
       /usr/bin/python3 -m pytest -p no:cacheprovider -v -s -rs -m ${mark}
       ${CMAKE_CURRENT_SOURCE_DIR}/e2e/test_${name}.py)
+  if(E2E_ALONE OR E2E_SANITIZED)
+    set(processors 2)
+  else()
+    set(processors 1)
+  endif()
   # 77: something that a test needs is missing on this machine; the output names it.
   set_tests_properties(${test} PROPERTIES
-    LABELS e2e-${mark} TIMEOUT 300 PROCESSORS 2 SKIP_RETURN_CODE 77
+    LABELS e2e-${mark} TIMEOUT 300 PROCESSORS ${processors} SKIP_RETURN_CODE 77
     SKIP_REGULAR_EXPRESSION "No module named '?(pytest|PIL|Xlib)")
 endfunction()
 
@@ -39,12 +44,12 @@ quillox_e2e(typing x11)
 quillox_e2e(typing wayland)
 quillox_e2e(prompt x11)
 quillox_e2e(prompt wayland)
-quillox_e2e(mashing x11)
-quillox_e2e(adversaries x11)
+quillox_e2e(mashing x11 ALONE)
+quillox_e2e(adversaries x11 ALONE)
 quillox_e2e(settings x11)
 quillox_e2e(local_site x11)
 quillox_e2e(open_panel x11)
-quillox_e2e(endurance x11)
+quillox_e2e(endurance x11 ALONE)
 quillox_e2e(doctor x11)
 quillox_e2e(doctor wayland)
 if(QUILLOX_SANITIZE)

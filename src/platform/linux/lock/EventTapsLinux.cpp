@@ -53,7 +53,11 @@ public:
             m_owner.m_layer->release();
     }
 
-    void reportDisabled() const { m_handler({ .type = EventType::TapDisabledByUserInput }); }
+    void reportDisabled() const
+    {
+        const auto handler = m_handler; // It may take the tap out.
+        handler({ .type = EventType::TapDisabledByUserInput });
+    }
 
 private:
     EventTapsLinux& m_owner;
