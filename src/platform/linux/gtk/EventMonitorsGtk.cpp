@@ -191,6 +191,8 @@ bool EventMonitorsGtk::judgeKey(GdkEvent* event, GtkWidget* judge)
         const bool isStray = known->judge == judge && known->focus != focus;
         return known->wasSwallowed || isStray;
     }
+    if (m_judged.isForgotten(event))
+        return true;
     const bool isSwallowed = handleKey(event, gdk_event_get_event_type(event) == GDK_KEY_PRESS);
     m_judged.remember(event, { isSwallowed, judge, focus });
     return isSwallowed;

@@ -24,6 +24,10 @@ public:
         return found == m_judged.end() ? nullptr : &found->second;
     }
 
+    /// Whether the event is older than all that are still known, and was judged long ago therefore.
+    /// Only an X server's events all have their times from one clock.
+    bool isForgotten(GdkEvent*) const;
+
     void remember(GdkEvent* event, const Judged& judged)
     {
         if (m_events.size() >= capacity) {
