@@ -151,6 +151,12 @@ bool isHostName(std::string_view text)
     return true;
 }
 
+bool isLoopbackHost(std::string_view text)
+{
+    return text == "localhost" || text.ends_with(".localhost") || text == "::1"
+        || (text.starts_with("127.") && isIPv4Address(text));
+}
+
 bool isIPv6Address(std::string_view text)
 {
     const auto gap = text.find("::");

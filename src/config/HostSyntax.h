@@ -12,6 +12,9 @@ bool isHostName(std::string_view text);
 /// Whether `text` is an IPv6 address, without brackets and without a zone.
 bool isIPv6Address(std::string_view text);
 
+/// Whether the host name or address in `text` is this machine itself, without asking anybody.
+bool isLoopbackHost(std::string_view text);
+
 /// Whether `text` is UTF-8 without white space, control and invisible formatting characters.
 bool isVisibleText(std::string_view text);
 

@@ -86,6 +86,18 @@ struct KioskSettings {
 
     /// The remote address, unchanged, when it is http or https and has a host.
     std::optional<Url> startURL() const;
+
+    /// One typed domain as a plain host in lower case: without blanks around it, a scheme, a path
+    /// and full stops at its ends. None when nothing is left. Whatever else was typed (a port, a
+    /// wildcard) stays, and then matches no host.
+    static std::optional<std::string> normalizeHost(std::string_view text);
+
+    /// The extra domains in their order, each normalized; what that leaves nothing of is left out.
+    std::vector<std::string> allowedHosts() const;
+
+    /// The section of the site that the start address is in: its path, decoded, without one slash
+    /// at the end. None when the address has no path.
+    std::optional<std::string> lockedPathPrefix() const;
 };
 
 } // namespace quillox

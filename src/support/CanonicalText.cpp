@@ -1,5 +1,6 @@
 #include "support/CanonicalText.h"
 
+#include <array>
 #include <cstdlib>
 #include <memory>
 #include <utf8proc.h>
@@ -40,6 +41,27 @@ bool areCanonicallyEquivalent(std::string_view left, std::string_view right)
     const Decomposed first(left);
     const Decomposed second(right);
     return first.length >= 0 && second.length >= 0 && first.view() == second.view();
+}
+
+std::string lowercased(std::string_view text)
+{
+    std::string lowered;
+    lowered.reserve(text.size());
+    while (!text.empty()) {
+        utf8proc_int32_t character = 0;
+        const auto length = utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
+            static_cast<utf8proc_ssize_t>(text.size()), &character);
+        if (length < 1) {
+            lowered += text.front();
+            text.remove_prefix(1);
+            continue;
+        }
+        std::array<utf8proc_uint8_t, 4> bytes {};
+        const auto written = utf8proc_encode_char(utf8proc_tolower(character), bytes.data());
+        lowered.append(reinterpret_cast<const char*>(bytes.data()), written);
+        text.remove_prefix(static_cast<std::size_t>(length));
+    }
+    return lowered;
 }
 
 } // namespace quillox
