@@ -42,7 +42,7 @@ namespace {
                   m_platform.eventMonitors, m_platform.application, m_platform.fileSystem,
                   m_platform.siteFiles, m_platform.fileTypes, m_runLoop, m_platform.eventTaps,
                   m_platform.eventTaps, m_platform.symbolicHotKeys, m_platform.powerAssertions,
-                  m_platform.sealViews, log })
+                  m_platform.sealViews, m_platform.kioskViews, m_platform.pathMonitors, log })
             , m_state({ m_runLoop, m_defaults, m_platform.fileSystem, m_platform.accessibility,
                           m_platform.dialogs, m_platform.workspace, m_platform.application },
                   m_controller,

@@ -27,6 +27,8 @@ KioskController::KioskController(Machine machine, RunCollaborators collaborators
     , m_keyBlocker({ machine.runLoop, machine.eventTaps, machine.keyState, machine.log })
     , m_hotKeyBlocker(machine.symbolicHotKeys, machine.log)
     , m_sleepBlocker(machine.powerAssertions, machine.log)
+    , m_connectivity(machine.runLoop, machine.pathMonitors, *this)
+    , m_pageGuard(machine.runLoop, machine.log, *this)
 {
 }
 
@@ -50,7 +52,8 @@ bool KioskController::start(const KioskSettings& settings, std::function<void()>
     // Without any output the run waits behind a window of this size until one appears.
     m_screen = chooseScreen().value_or(Screen { 0, "", { 0, 0, 1024, 768 }, 0 });
 
-    buildWindow(*startURL);
+    fixSiteRules(*startURL);
+    buildWindow();
     m_machine.application.activate(true);
     installCoverWindows(m_screen);
     m_savedPresentationOptions = m_machine.application.presentationOptions();
@@ -100,8 +103,10 @@ EventMonitors::Verdict KioskController::filterKeyDown(const Event& event)
         requestExit();
         return EventMonitors::Verdict::Swallow;
     }
-    const bool isKept
-        = containsAny(event.flags, shortcutModifiers) || isKeptFromPages(event.keyCode);
+    // The prompt needs every key while it is open.
+    const bool onlyScrolls = m_settings.scrollOnly && !m_promptHost;
+    const bool isKept = containsAny(event.flags, shortcutModifiers)
+        || isKeptFromPages(event.keyCode) || (onlyScrolls && !isScrollKey(event.keyCode));
     return isKept ? EventMonitors::Verdict::Swallow : EventMonitors::Verdict::Pass;
 }
 
@@ -173,8 +178,8 @@ void KioskController::stop()
     if (m_collaborators.usage)
         m_collaborators.usage->end();
     removeCoverWindows();
-    if (m_collaborators.connectivity)
-        m_collaborators.connectivity->stopNetworkMonitor();
+    m_connectivity.stopNetworkMonitor();
+    m_pageGuard.stop();
     endContent();
     m_isActive = false;
     m_machine.application.bringVisibleWindowsForward();
@@ -186,6 +191,8 @@ void KioskController::stop()
 
 void KioskController::endContent()
 {
+    m_lateColorRefresh.reset();
+    m_navBarView.reset();
     m_navBar.reset();
     m_notchBar.reset();
     m_offlineHost.reset();
@@ -199,11 +206,7 @@ void KioskController::endContent()
     m_window->setContentView(nullptr);
     m_webView.reset();
     m_window.reset();
-}
-
-void KioskController::willOpenContextMenu(std::vector<std::string>& items)
-{
-    KioskWebView::emptyContextMenu(items);
+    m_siteRules.reset();
 }
 
 } // namespace quillox

@@ -1,8 +1,12 @@
 #pragma once
 
 #include "config/KioskSettings.h"
+#include "config/SiteRules.h"
+#include "kiosk/Connectivity.h"
+#include "kiosk/KioskViews.h"
 #include "kiosk/KioskWebView.h"
 #include "kiosk/KioskWindow.h"
+#include "kiosk/PageGuard.h"
 #include "kiosk/RunCollaborators.h"
 #include "lockdown/DisplaySleepBlocker.h"
 #include "lockdown/SealViews.h"
@@ -30,7 +34,10 @@ class SystemLog;
 
 /// Drives one sealed run after another: the page full screen on its display, every other display
 /// black, the ways out closed, and everything undone in a fixed order at the end. Main thread only.
-class KioskController final : public NavigationDelegate, public UIDelegate {
+class KioskController final : public NavigationDelegate,
+                              public UIDelegate,
+                              private Connectivity::Delegate,
+                              private PageGuard::Delegate {
 public:
     struct Machine {
         Screens& screens;
@@ -47,6 +54,8 @@ public:
         SymbolicHotKeys& symbolicHotKeys;
         PowerAssertions& powerAssertions;
         SealViews& sealViews;
+        KioskViews& kioskViews;
+        PathMonitors& pathMonitors;
         SystemLog& log;
     };
 
@@ -72,6 +81,9 @@ public:
 
     bool isActive() const { return m_isActive; }
 
+    /// Whether the present run may show the address; nothing is allowed without one.
+    bool isAllowed(const Url&) const;
+
 private:
     struct CoverWindow {
         std::uint32_t displayNumber;
@@ -80,9 +92,14 @@ private:
 
     std::optional<Screen> chooseScreen() const;
     WebViewConfiguration webViewConfiguration() const;
-    void buildWindow(const Url& startURL);
+    void fixSiteRules(const Url& startURL);
+    void buildWindow();
     void buildContent(Container&);
+    void placeNotchBar(Container&);
+    void placeNavBar(Container&);
+    void installNavBar(Container&);
     double topInset() const;
+    Rect navBarFrame() const;
     Rect webViewFrame() const;
     Rect notchBarFrame() const;
     void startGuards();
@@ -96,7 +113,24 @@ private:
     void presentSealPrompt();
     void removeSealPrompt();
     void handleScreensChanged();
+
+    bool isAddressAllowed(const std::string& address) const;
+    bool shouldNavigate(const std::string& address) override;
+    void didCommitNavigation() override;
+    void didFinishNavigation() override;
+    void didFailProvisionalNavigation(const LoadError&) override;
+    void didFailNavigation(const LoadError&) override;
+    void backForwardListDidChange() override;
+    void pageProcessDidEnd(PageProcessEnd) override;
+    void networkProcessDidEnd() override;
+    bool shouldLoadInPlaceOfNewWindow(const std::string& address) override;
     void willOpenContextMenu(std::vector<std::string>& items) override;
+    void refreshNavBar();
+    void refreshNotchBar();
+    LoadPhase loadPhase() const override;
+    void reloadPage() override;
+    void loadStartPage() override;
+    void coverPage() override;
 
     inline static KioskController* s_shared = nullptr;
 
@@ -107,10 +141,15 @@ private:
     SystemHotKeyBlocker m_hotKeyBlocker;
     DisplaySleepBlocker m_sleepBlocker;
     HoldIndicatorModel m_holdModel;
+    Connectivity m_connectivity;
+    PageGuard m_pageGuard;
+    Published<Color> m_notchColor { Color::black() };
 
     KioskSettings m_settings; ///< The copy that this run was started with.
     std::function<void()> m_onExit;
     std::optional<Url> m_currentStartURL;
+    std::optional<SiteRules> m_siteRules;
+    bool m_hasPage = false; ///< Whether there is a page that visitors could go on with.
     Screen m_screen;
     bool m_isActive = false;
     std::optional<PresentationOptions> m_savedPresentationOptions;
@@ -122,13 +161,15 @@ private:
     std::unique_ptr<View> m_notchBar;
     std::unique_ptr<View> m_offlineHost;
     std::unique_ptr<View> m_holdHost;
-    std::unique_ptr<View> m_navBar;
+    std::unique_ptr<KioskNavBar> m_navBar;
+    std::unique_ptr<View> m_navBarView;
     std::unique_ptr<SealPrompt> m_prompt;
     std::unique_ptr<View> m_promptHost;
     std::vector<CoverWindow> m_coverWindows;
 
     Handle m_keyMonitor;
     Handle m_screensSubscription;
+    Handle m_lateColorRefresh;
     Lifetime m_lifetime;
 };
 

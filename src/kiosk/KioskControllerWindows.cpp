@@ -1,5 +1,6 @@
 // The windows of a run: what they hold, and how they follow the displays.
 
+#include "config/HostSyntax.h"
 #include "kiosk/Displays.h"
 #include "kiosk/KioskController.h"
 #include "local/LocalSchemeHandler.h"
@@ -24,6 +25,16 @@ namespace {
             && inner.y + inner.height <= outer.y + outer.height;
     }
 
+    Connectivity::Source sourceOf(const KioskSettings& settings)
+    {
+        if (settings.isLocalSource())
+            return Connectivity::Source::LocalFolder;
+        const auto start = settings.startURL();
+        return start && isLoopbackHost(start->host().value_or(""))
+            ? Connectivity::Source::ThisMachine
+            : Connectivity::Source::Network;
+    }
+
     constexpr Autoresizing fill { .width = true, .height = true };
     constexpr Autoresizing topBand { .width = true, .bottomMargin = true };
 
@@ -45,17 +56,22 @@ WebViewConfiguration KioskController::webViewConfiguration() const
     if (const auto root = m_settings.localRootURL(m_machine.fileSystem)) {
         configuration.schemeHandlers[LocalSchemeHandler::scheme]
             = std::make_shared<LocalSchemeHandler>(*root, m_machine.siteFiles, m_machine.fileTypes);
+        configuration.siteFolder = *root;
     }
-    if (m_settings.scrollOnly)
+    if (m_settings.scrollOnly) {
         configuration.userScripts.push_back(scrollOnlyScript());
+        configuration.userStyleSheet = scrollOnlyRule;
+    }
     return configuration;
 }
 
-void KioskController::buildWindow(const Url& startURL)
+void KioskController::buildWindow()
 {
     m_webView
         = std::make_unique<KioskWebView>(m_machine.webViews, webViewConfiguration(), *this, *this);
-    m_webView->load(startURL.text());
+    m_hasPage = false;
+    m_pageGuard.start(m_webView->view());
+    loadStartPage();
     m_window = std::make_unique<KioskWindow>(m_machine.windows, m_screen);
     auto container = m_machine.windows.makeContainer(m_screen.frame);
     buildContent(*container);
@@ -68,23 +84,47 @@ void KioskController::buildContent(Container& container)
     const Rect everything { 0, 0, m_screen.frame.width, m_screen.frame.height };
     auto& page = m_webView->view();
     container.add(page, webViewFrame(), fill);
-    auto* aids = m_collaborators.navigationAids;
-    if (aids && topInset() > 0) {
-        m_notchBar = aids->makeNotchBar(m_settings, page);
-        container.add(*m_notchBar, notchBarFrame(), topBand);
-    }
-    if (auto* connectivity = m_collaborators.connectivity) {
-        m_offlineHost = connectivity->makeOfflineNotice();
-        container.add(*m_offlineHost, everything, fill);
-        if (!m_settings.isLocalSource())
-            connectivity->startNetworkMonitor(page);
-    }
+    m_notchColor.set(Color::black());
+    placeNotchBar(container);
+    m_connectivity.reset(sourceOf(m_settings));
+    m_offlineHost = m_machine.kioskViews.makeOfflineNotice(m_connectivity.model());
+    container.add(*m_offlineHost, everything, fill);
+    if (!m_settings.isLocalSource())
+        m_connectivity.startNetworkMonitor();
     m_holdModel.progress.set(0);
     m_holdHost = m_machine.sealViews.makeHoldIndicator(m_holdModel);
     container.add(*m_holdHost, everything, fill);
-    if (aids)
-        m_navBar
-            = aids->installNavBar(m_settings, container, page, topInset(), m_screen.safeAreaTop);
+    installNavBar(container);
+}
+
+void KioskController::placeNotchBar(Container& container)
+{
+    if (topInset() <= 0)
+        return m_notchBar.reset();
+    if (m_notchBar)
+        return container.move(*m_notchBar, notchBarFrame());
+    m_notchBar = m_machine.kioskViews.makeNotchBar(m_notchColor);
+    if (m_offlineHost)
+        container.addBelow(*m_offlineHost, *m_notchBar, notchBarFrame(), topBand);
+    else
+        container.add(*m_notchBar, notchBarFrame(), topBand);
+    refreshNotchBar();
+}
+
+void KioskController::installNavBar(Container& container)
+{
+    auto bar = std::make_unique<KioskNavBar>(
+        m_settings.showBack, m_settings.showForward, m_settings.showRefresh, m_settings.showHome);
+    if (bar->stack().empty())
+        return;
+    m_navBar = std::move(bar);
+    m_navBar->onBack = m_lifetime.guard([this] { m_webView->view().goBack(); });
+    m_navBar->onForward = m_lifetime.guard([this] { m_webView->view().goForward(); });
+    m_navBar->onRefresh = m_lifetime.guard([this] { reloadPage(); });
+    m_navBar->onHome = m_lifetime.guard([this] { loadStartPage(); });
+    refreshNavBar();
+    m_navBarView = m_machine.kioskViews.makeNavBar(*m_navBar);
+    container.add(*m_navBarView, navBarFrame(), KioskNavBar::autoresizing(m_settings.navPosition));
 }
 
 double KioskController::topInset() const
@@ -100,6 +140,12 @@ Rect KioskController::webViewFrame() const
 Rect KioskController::notchBarFrame() const
 {
     return { 0, m_screen.frame.height - topInset(), m_screen.frame.width, topInset() };
+}
+
+Rect KioskController::navBarFrame() const
+{
+    return m_navBar->frame(
+        m_screen.frame, m_settings.navPosition, topInset(), m_screen.safeAreaTop);
 }
 
 void KioskController::installCoverWindows(const Screen& excluded)
@@ -145,8 +191,9 @@ void KioskController::handleScreensChanged()
     m_window->platformWindow().setFrame(m_screen.displayNumber, m_screen.frame);
     if (auto* container = m_window->contentView()) {
         container->move(m_webView->view(), webViewFrame());
-        if (m_notchBar)
-            container->move(*m_notchBar, notchBarFrame());
+        placeNotchBar(*container);
+        if (m_navBarView)
+            container->move(*m_navBarView, navBarFrame());
     }
     installCoverWindows(m_screen);
     m_window->makeKeyAndOrderFront();

@@ -1,5 +1,8 @@
 #include "kiosk/KioskWebView.h"
 
+#include <algorithm>
+#include <array>
+
 namespace quillox {
 
 KioskWebView::KioskWebView(WebViews& webViews, const WebViewConfiguration& configuration,
@@ -10,6 +13,13 @@ KioskWebView::KioskWebView(WebViews& webViews, const WebViewConfiguration& confi
     m_view->setUIDelegate(&uiDelegate);
     m_view->setAllowsMagnification(false);
     m_view->setAllowsBackForwardNavigationGestures(false);
+}
+
+bool isScrollKey(KeyCode key)
+{
+    constexpr std::array keysThatScroll { keys::home, keys::pageUp, keys::end, keys::pageDown,
+        keys::leftArrow, keys::rightArrow, keys::downArrow, keys::upArrow };
+    return std::ranges::find(keysThatScroll, key) != keysThatScroll.end();
 }
 
 UserScript scrollOnlyScript()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ports/Event.h"
 #include "ports/WebView.h"
 
 #include <memory>
@@ -24,8 +25,14 @@ private:
     std::unique_ptr<WebView> m_view;
 };
 
-/// The script that makes every element of every frame ignore the pointer, so that pages only
-/// scroll.
+/// What makes every element ignore the pointer.
+constexpr auto scrollOnlyRule = "*,*::before,*::after{pointer-events:none !important;}";
+
+/// The script that gives every frame that rule, so that pages only scroll. A page can undo it; it
+/// cannot undo the same rule as a user style sheet.
 UserScript scrollOnlyScript();
+
+/// Whether the key moves a page up and down and presses nothing in it.
+bool isScrollKey(KeyCode);
 
 } // namespace quillox

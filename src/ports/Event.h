@@ -74,6 +74,14 @@ namespace keys {
     constexpr KeyCode f10 = 109;
     constexpr KeyCode menu = 110;
     constexpr KeyCode f12 = 111;
+    constexpr KeyCode home = 115;
+    constexpr KeyCode pageUp = 116;
+    constexpr KeyCode end = 119;
+    constexpr KeyCode pageDown = 121;
+    constexpr KeyCode leftArrow = 123;
+    constexpr KeyCode rightArrow = 124;
+    constexpr KeyCode downArrow = 125;
+    constexpr KeyCode upArrow = 126;
     /// A key that has no number of its own.
     constexpr KeyCode unknown = 0xFFFF;
 } // namespace keys

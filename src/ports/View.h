@@ -16,6 +16,9 @@ struct Autoresizing {
     bool height = false; ///< Distances to top and bottom are kept.
     bool bottomMargin
         = false; ///< Distance and height from the top are kept; otherwise from the bottom.
+    bool leftMargin = false; ///< The distance from the right is kept; with `rightMargin`, both
+                             ///< sides give or take the same.
+    bool rightMargin = false; ///< The distance from the left is kept, as it is without either.
 
     bool operator==(const Autoresizing&) const = default;
 };
@@ -26,6 +29,9 @@ public:
     /// `frame` is in the container's own plane. The view must outlive its stay in the container,
     /// and leaves it when it is destroyed or removed.
     virtual void add(View& view, Rect frame, Autoresizing) = 0;
+
+    /// The same, just below a view that is there.
+    virtual void addBelow(View& sibling, View& view, Rect frame, Autoresizing) = 0;
 
     /// Gives a view that is there another frame, in the container's present plane.
     virtual void move(View& view, Rect frame) = 0;

@@ -9,6 +9,7 @@
 #include "fakes/FakeRunLoop.h"
 #include "fakes/FakeScreens.h"
 #include "fakes/FakeSiteFiles.h"
+#include "fakes/FakeSurroundings.h"
 #include "fakes/FakeSystemLog.h"
 #include "fakes/FakeWindows.h"
 #include "kiosk/KioskController.h"
@@ -25,7 +26,7 @@ struct SealedMachine {
         return std::make_unique<KioskController>(
             KioskController::Machine { screens, windows, windows, eventMonitors, application,
                 fileSystem, siteFiles, fileTypes, runLoop, keyboard, keyboard, hotKeys, power,
-                sealViews, log },
+                sealViews, kioskViews, pathMonitors, log },
             collaborators);
     }
 
@@ -45,6 +46,8 @@ struct SealedMachine {
     FakeSymbolicHotKeys hotKeys { journal };
     FakePowerAssertions power { journal };
     FakeSealViews sealViews { journal };
+    FakeKioskViews kioskViews { journal };
+    FakePathMonitors pathMonitors { journal };
     FakeSystemLog log;
 };
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "fakes/FakeLockdown.h"
 #include "fakes/Journal.h"
 #include "kiosk/RunCollaborators.h"
 #include "ports/WebView.h"
@@ -17,12 +16,6 @@ class FakeCollaborators {
         {
         }
         Journal& journal;
-
-        std::unique_ptr<View> made(std::string what)
-        {
-            journal.add("make " + what);
-            return std::make_unique<FakeView>();
-        }
     };
 
     struct Idle final : Noting<IdleWatch> {
@@ -43,41 +36,17 @@ class FakeCollaborators {
         void end() override { journal.add("counting ends"); }
     };
 
-    struct Network final : Noting<Connectivity> {
-        using Noting::Noting;
-        std::unique_ptr<View> makeOfflineNotice() override { return made("offline notice"); }
-        void startNetworkMonitor(WebView&) override { journal.add("watch network"); }
-        void stopNetworkMonitor() override { journal.add("network watch ends"); }
-    };
-
-    struct Aids final : Noting<NavigationAids> {
-        using Noting::Noting;
-        std::unique_ptr<View> makeNotchBar(const KioskSettings&, WebView&) override
-        {
-            return made("notch bar");
-        }
-        std::unique_ptr<View> installNavBar(
-            const KioskSettings&, Container&, WebView&, double topInset, double notchTop) override
-        {
-            return made(fmt::format("nav bar, inset {}, notch {}", topInset, notchTop));
-        }
-    };
-
 public:
     explicit FakeCollaborators(Journal& journal)
         : idleWatch(journal)
         , usage(journal)
-        , connectivity(journal)
-        , navigationAids(journal)
     {
     }
 
-    RunCollaborators all() { return { &idleWatch, &usage, &connectivity, &navigationAids }; }
+    RunCollaborators all() { return { &idleWatch, &usage }; }
 
     Idle idleWatch;
     Usage usage;
-    Network connectivity;
-    Aids navigationAids;
 };
 
 } // namespace quillox

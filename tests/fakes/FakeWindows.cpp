@@ -40,6 +40,13 @@ void FakeWindows::FakeContainer::add(View& view, Rect area, Autoresizing autores
     m_journal.add(fmt::format("add view at {}", text(area)));
 }
 
+void FakeWindows::FakeContainer::addBelow(
+    View& sibling, View& view, Rect area, Autoresizing autoresizing)
+{
+    const auto place = std::ranges::find(views, &sibling, &Placement::view);
+    views.insert(place, { &view, area, autoresizing });
+}
+
 void FakeWindows::FakeContainer::move(View& view, Rect area)
 {
     std::ranges::find(views, &view, &Placement::view)->frame = area;
@@ -116,6 +123,42 @@ void FakeWindows::FakeWebView::load(const UrlRequest& request)
 void FakeWindows::FakeWebView::stopLoading()
 {
     m_owner.m_journal.add("stop loading");
+}
+
+void FakeWindows::FakeWebView::reload()
+{
+    ++reloads;
+    m_owner.m_journal.add("reload");
+}
+
+void FakeWindows::FakeWebView::goBack()
+{
+    m_owner.m_journal.add("go back");
+}
+
+void FakeWindows::FakeWebView::goForward()
+{
+    m_owner.m_journal.add("go forward");
+}
+
+void FakeWindows::FakeWebView::ping(std::function<void()> onAnswer)
+{
+    if (!isHung)
+        onAnswer();
+}
+
+void FakeWindows::FakeWebView::endPageProcess()
+{
+    isHung = false;
+    shownURL.clear();
+    navigationDelegate->pageProcessDidEnd(PageProcessEnd::Requested);
+}
+
+void FakeWindows::FakeWebView::show(const std::string& url)
+{
+    shownURL = url;
+    navigationDelegate->didCommitNavigation();
+    navigationDelegate->didFinishNavigation();
 }
 
 } // namespace quillox

@@ -3,6 +3,7 @@
 #include "fakes/Journal.h"
 #include "ports/WebView.h"
 #include "ports/Window.h"
+#include "support/CanonicalText.h"
 
 #include <map>
 #include <vector>
@@ -32,6 +33,9 @@ public:
     std::unique_ptr<WebView> makeWebView(const WebViewConfiguration&) override;
     bool canCoverSeparateScreens() const override { return coversScreens; }
 
+    /// As the engine, in lower case.
+    std::string canonicalURL(const std::string& url) const override { return lowercased(url); }
+
 private:
     Journal& m_journal;
 };
@@ -53,6 +57,7 @@ public:
     Rect frame;
 
     void add(View& view, Rect area, Autoresizing) override;
+    void addBelow(View& sibling, View& view, Rect area, Autoresizing) override;
     void move(View& view, Rect area) override;
     void setExclusive(View* view) override { exclusive = view; }
 
@@ -102,7 +107,28 @@ public:
     void setAllowsMagnification(bool allowed) override { allowsMagnification = allowed; }
     void setAllowsBackForwardNavigationGestures(bool allowed) override { allowsGestures = allowed; }
     void load(const UrlRequest&) override;
+    void reload() override;
     void stopLoading() override;
+    LoadPhase loadPhase() const override { return phase; }
+    std::string url() const override { return shownURL; }
+    bool canGoBack() const override { return hasBack; }
+    bool canGoForward() const override { return hasForward; }
+    void goBack() override;
+    void goForward() override;
+    void readUnderPageBackground(ColorCallback callback) override { callback(background); }
+    void ping(std::function<void()> onAnswer) override;
+    void endPageProcess() override;
+
+    LoadPhase phase = LoadPhase::Idle;
+    std::string shownURL;
+    bool hasBack = false;
+    bool hasForward = false;
+    bool isHung = false;
+    int reloads = 0;
+    std::optional<Color> background;
+
+    /// What the engine tells when a page has come.
+    void show(const std::string& url);
 
 private:
     FakeWindows& m_owner;

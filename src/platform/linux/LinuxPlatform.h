@@ -4,6 +4,7 @@
 #include "platform/linux/gtk/ApplicationGtk.h"
 #include "platform/linux/gtk/DialogsGtk.h"
 #include "platform/linux/gtk/EventMonitorsGtk.h"
+#include "platform/linux/gtk/KioskViewsGtk.h"
 #include "platform/linux/gtk/PopupKeeper.h"
 #include "platform/linux/gtk/ScreensGdk.h"
 #include "platform/linux/gtk/SealViewsGtk.h"
@@ -14,8 +15,10 @@
 #include "platform/linux/lock/PowerAssertionsLinux.h"
 #include "platform/linux/lock/RestoreNote.h"
 #include "platform/linux/lock/SymbolicHotKeysLinux.h"
+#include "platform/linux/system/Environment.h"
 #include "platform/linux/system/FileSystemPosix.h"
 #include "platform/linux/system/FileTypesGio.h"
+#include "platform/linux/system/PathMonitorsLinux.h"
 #include "platform/linux/system/RunLoopGlib.h"
 #include "platform/linux/system/SiteFilesLinux.h"
 #include "platform/linux/webkit/WebEngine.h"
@@ -38,7 +41,7 @@ struct LinuxPlatform {
               restoreNote, *gtk, [this] { return application.keyWindow(); }, log)
         , sealViews(runLoop)
         , windows(*placement, application, eventMonitors)
-        , webEngine(runLoop)
+        , webEngine(runLoop, log, pageMemoryLimit())
         , workspace(application, dialogs, log)
     {
     }
@@ -62,8 +65,10 @@ struct LinuxPlatform {
     SymbolicHotKeysLinux symbolicHotKeys;
     PowerAssertionsLinux powerAssertions;
     SealViewsGtk sealViews;
+    KioskViewsGtk kioskViews;
     WindowsGtk windows;
     WebEngine webEngine;
+    PathMonitorsLinux pathMonitors;
     AccessibilityTrustSession accessibility;
     DialogsGtk dialogs;
     WorkspaceGtk workspace;

@@ -22,6 +22,19 @@ namespace {
         }
     }
 
+    Rect resized(Rect frame, const Autoresizing& follows, double addedWidth, double addedHeight)
+    {
+        if (follows.width)
+            frame.width += addedWidth;
+        else if (follows.leftMargin)
+            frame.x += follows.rightMargin ? addedWidth / 2 : addedWidth;
+        if (follows.height)
+            frame.height += addedHeight;
+        else if (follows.bottomMargin)
+            frame.y += addedHeight;
+        return frame;
+    }
+
 } // namespace
 
 ContainerGtk::ContainerGtk(Rect frame)
@@ -53,6 +66,12 @@ void ContainerGtk::add(View& view, Rect frame, Autoresizing autoresizing)
     if (m_exclusive && child.gobj() != m_exclusive)
         shutOut(child.gobj());
     m_overlay.add_overlay(child);
+}
+
+void ContainerGtk::addBelow(View& sibling, View& view, Rect frame, Autoresizing autoresizing)
+{
+    add(view, frame, autoresizing);
+    widgetOf(view).insert_before(m_overlay, widgetOf(sibling));
 }
 
 void ContainerGtk::move(View& view, Rect frame)
@@ -141,15 +160,9 @@ bool ContainerGtk::allocate(Gtk::Widget* child, Gdk::Rectangle& area)
     const auto placement = std::ranges::find(m_placements, child, &Placement::widget);
     if (placement == m_placements.end())
         return false;
-    auto frame = placement->frame;
-    const double addedWidth = m_overlay.get_width() - placement->planeWidth;
-    const double addedHeight = m_overlay.get_height() - placement->planeHeight;
-    if (placement->autoresizing.width)
-        frame.width += addedWidth;
-    if (placement->autoresizing.height)
-        frame.height += addedHeight;
-    else if (placement->autoresizing.bottomMargin)
-        frame.y += addedHeight;
+    const auto frame = resized(placement->frame, placement->autoresizing,
+        m_overlay.get_width() - placement->planeWidth,
+        m_overlay.get_height() - placement->planeHeight);
 
     const auto whole = [](double value) { return static_cast<int>(std::lround(value)); };
     area = Gdk::Rectangle(whole(frame.x), m_overlay.get_height() - whole(frame.y + frame.height),

@@ -17,6 +17,7 @@ public:
     ~ContainerGtk() override;
 
     void add(View&, Rect frame, Autoresizing) override;
+    void addBelow(View& sibling, View&, Rect frame, Autoresizing) override;
     void move(View&, Rect frame) override;
 
     /// A key that went down for the exclusive view reaches none of the others until it was let go,

@@ -11,4 +11,8 @@ namespace quillox {
 /// Returns the line for the system log that says what was decided.
 std::string prepareEnvironment();
 
+/// The memory in MiB that a page may take: what QUILLOX_PAGE_MEMORY says, otherwise what suits this
+/// machine.
+unsigned pageMemoryLimit();
+
 } // namespace quillox

@@ -71,6 +71,20 @@ std::optional<bool> readsInputDevices(int process)
     return error ? std::nullopt : std::optional(false);
 }
 
+std::vector<int> childProcesses()
+{
+    namespace fs = std::filesystem;
+    std::vector<int> children;
+    std::error_code error;
+    // Each thread has its own.
+    for (const auto& thread : fs::directory_iterator("/proc/self/task", error)) {
+        std::ifstream list(thread.path() / "children");
+        for (int child = 0; list >> child;)
+            children.push_back(child);
+    }
+    return children;
+}
+
 bool isDescendant(int process, int ancestor)
 {
     while (process > 1 && process != ancestor)

@@ -20,6 +20,9 @@ std::vector<std::string> processArguments(int process);
 /// Whether it has input devices open; nothing when we may not look.
 std::optional<bool> readsInputDevices(int process);
 
+/// Those that this process itself started and that are still there.
+std::vector<int> childProcesses();
+
 /// Whether `process` is `ancestor` or was started by it, directly or not.
 bool isDescendant(int process, int ancestor);
 

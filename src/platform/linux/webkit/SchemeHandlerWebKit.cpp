@@ -50,14 +50,25 @@ namespace {
 
 void SchemeHandlerWebKit::serve(WebKitWebContext* context, const Handlers& handlers)
 {
-    for (const auto& [scheme, route] : m_routes)
-        route->reset();
+    dismissHandlers();
     for (const auto& [scheme, handler] : handlers) {
         auto& route = m_routes[scheme];
         if (!route)
             route = registerScheme(context, scheme);
         *route = handler;
     }
+}
+
+void SchemeHandlerWebKit::abandon()
+{
+    dismissHandlers();
+    m_routes.clear();
+}
+
+void SchemeHandlerWebKit::dismissHandlers()
+{
+    for (const auto& [scheme, route] : m_routes)
+        route->reset();
 }
 
 SchemeHandlerWebKit::Route SchemeHandlerWebKit::registerScheme(

@@ -18,7 +18,12 @@ public:
     /// From now on these and no others answer, for as long as somebody else owns them.
     void serve(WebKitWebContext*, const Handlers&);
 
+    /// Nobody answers any longer in the context so far; the next one that is served is another.
+    void abandon();
+
 private:
+    void dismissHandlers();
+
     using Route = std::shared_ptr<std::weak_ptr<SchemeHandler>>;
 
     static Route registerScheme(WebKitWebContext*, const std::string& scheme);

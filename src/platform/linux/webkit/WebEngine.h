@@ -5,32 +5,42 @@
 #include "ports/RunLoop.h"
 #include "ports/WebView.h"
 
+#include <optional>
 #include <webkit/webkit.h>
 
 namespace quillox {
 
+class SystemLog;
+
 /// The web engine's processes and its one persistent store, made with the first web view and kept
-/// from run to run. Pages run in the engine's sandbox.
+/// from run to run. Pages run in the engine's sandbox, which shows them of this machine's files
+/// little more than the site's folder.
 class WebEngine final : public WebViews {
 public:
-    explicit WebEngine(RunLoop& runLoop)
-        : m_runLoop(runLoop)
-    {
-    }
+    /// A page's process that takes more than `pageMemoryLimit` MiB is asked to release memory
+    /// and at last ended; 0 is no limit.
+    WebEngine(RunLoop&, SystemLog&, unsigned pageMemoryLimit);
 
     /// Starts what every page needs, so that the first one comes sooner.
     void prepare();
 
     std::unique_ptr<WebView> makeWebView(const WebViewConfiguration&) override;
+    std::string canonicalURL(const std::string& url) const override;
 
 private:
     WebKitNetworkSession* session();
-    WebKitWebContext* context();
+    WebKitWebContext* context(const std::string& siteFolder);
+    GObjectOwner<WebKitWebContext> makeContext() const;
+    void letPagesPlay(WebKitWebContext*, const std::string& siteFolder);
 
     RunLoop& m_runLoop;
+    SystemLog& m_log;
+    unsigned m_pageMemoryLimit;
+    std::optional<std::string> m_extensionFolder; ///< None when the module is not installed.
     GObjectOwner<WebKitNetworkSession> m_session;
+    std::string m_siteFolder; ///< Of the context.
     GObjectOwner<WebKitWebContext> m_context;
-    SchemeHandlerWebKit m_schemes;
+    SchemeHandlerWebKit m_schemes; ///< Of the context.
 };
 
 } // namespace quillox

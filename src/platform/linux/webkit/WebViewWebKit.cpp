@@ -1,5 +1,7 @@
 #include "platform/linux/webkit/WebViewWebKit.h"
 
+#include "platform/linux/webkit/WebViewInput.h"
+#include "platform/linux/webkit/WebViewSettings.h"
 #include "platform/linux/webkit/WebViewSignals.h"
 
 #include <algorithm>
@@ -31,6 +33,25 @@ namespace {
         webkit_user_content_manager_add_script(content, made.get());
     }
 
+    struct StyleSheetUnref {
+        void operator()(WebKitUserStyleSheet* sheet) const { webkit_user_style_sheet_unref(sheet); }
+    };
+
+    void addStyleSheet(WebKitUserContentManager* content, const std::string& rules)
+    {
+        const std::unique_ptr<WebKitUserStyleSheet, StyleSheetUnref> made(
+            webkit_user_style_sheet_new(rules.c_str(), WEBKIT_USER_CONTENT_INJECT_ALL_FRAMES,
+                WEBKIT_USER_STYLE_LEVEL_USER, nullptr, nullptr));
+        webkit_user_content_manager_add_style_sheet(content, made.get());
+    }
+
+    std::string addressOf(WebKitNavigationAction* action)
+    {
+        const auto* address
+            = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
+        return address ? address : "";
+    }
+
     /// Takes the controllers of one type off the widget.
     void removeControllers(GtkWidget* widget, GType type)
     {
@@ -47,31 +68,46 @@ namespace {
 
 WebViewWebKit::WebViewWebKit(WebKitWebContext* context, WebKitNetworkSession* session,
     const WebViewConfiguration& configuration, RunLoop& runLoop)
-    : m_runLoop(runLoop)
-    , m_schemeHandlers(configuration.schemeHandlers)
+    : m_schemeHandlers(configuration.schemeHandlers)
     , m_content(webkit_user_content_manager_new())
     , m_view(makeView(context, session, m_content.get()))
     , m_widget(Glib::wrap(GTK_WIDGET(m_view.get())))
+    , m_load(m_view.get(), runLoop)
+    , m_background(m_view.get())
+    , m_networkProcess([this] {
+        if (m_navigationDelegate)
+            m_navigationDelegate->networkProcessDidEnd();
+    })
 {
     for (const auto& script : configuration.userScripts)
         addScript(m_content.get(), script);
+    if (!configuration.userStyleSheet.empty())
+        addStyleSheet(m_content.get(), configuration.userStyleSheet);
     configure();
     connectSignals();
+    connectProcessSignals();
 }
 
 WebViewWebKit::~WebViewWebKit()
 {
+    cancelPing();
+    auto* history = webkit_web_view_get_back_forward_list(m_view.get());
+    g_signal_handlers_disconnect_by_data(history, this);
     g_signal_handlers_disconnect_by_data(m_view.get(), this);
     if (m_widget->get_parent())
         gtk_widget_unparent(GTK_WIDGET(m_view.get()));
 }
 
+void WebViewWebKit::setNavigationDelegate(NavigationDelegate* delegate)
+{
+    m_navigationDelegate = delegate;
+    m_load.setDelegate(delegate);
+}
+
 void WebViewWebKit::configure()
 {
-    auto* settings = webkit_web_view_get_settings(m_view.get());
-    webkit_settings_set_enable_fullscreen(settings, FALSE);
-    webkit_settings_set_enable_developer_extras(settings, FALSE);
-    webkit_settings_set_enable_media_stream(settings, FALSE);
+    restrictSettings(webkit_web_view_get_settings(m_view.get()));
+    closeInputWays(m_view.get());
     constexpr GdkRGBA black { 0, 0, 0, 1 };
     webkit_web_view_set_background_color(m_view.get(), &black);
     // The engine keeps a hidden text widget to look key bindings up in. When Tab runs off the end
@@ -94,37 +130,103 @@ void WebViewWebKit::setAllowsBackForwardNavigationGestures(bool allowed)
         webkit_web_view_get_settings(m_view.get()), allowed);
 }
 
-void WebViewWebKit::load(const UrlRequest& request)
+std::string WebViewWebKit::url() const
 {
-    m_timeout = request.timeout;
-    webkit_web_view_load_uri(m_view.get(), request.url.c_str());
+    const auto* url = webkit_web_view_get_uri(m_view.get());
+    return url ? url : "";
 }
 
-void WebViewWebKit::stopLoading()
+void WebViewWebKit::cancelPing()
 {
-    m_answerTimer.reset();
-    webkit_web_view_stop_loading(m_view.get());
+    if (m_ping)
+        g_cancellable_cancel(m_ping.get());
+    m_ping.reset();
+}
+
+void WebViewWebKit::ping(std::function<void()> onAnswer)
+{
+    cancelPing();
+    m_onAnswer = std::move(onAnswer);
+    m_ping.reset(g_cancellable_new());
+    webkit_web_view_evaluate_javascript(
+        m_view.get(), "0", -1, "quillox", nullptr, m_ping.get(),
+        [](GObject* view, GAsyncResult* result, gpointer self) {
+            GError* failure = nullptr;
+            const GObjectOwner<JSCValue> value(webkit_web_view_evaluate_javascript_finish(
+                WEBKIT_WEB_VIEW(view), result, &failure));
+            const GErrorOwner error(failure);
+            // Any other error is an answer, too.
+            if (g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_CANCELLED))
+                return;
+            if (const auto answer
+                = std::exchange(static_cast<WebViewWebKit*>(self)->m_onAnswer, {}))
+                answer();
+        },
+        this);
+}
+
+void WebViewWebKit::endPageProcess()
+{
+    webkit_web_view_terminate_web_process(m_view.get());
+}
+
+void WebViewWebKit::handleProcessEnd(WebKitWebProcessTerminationReason reason)
+{
+    m_load.handleProcessEnd();
+    cancelPing();
+    if (!m_navigationDelegate)
+        return;
+    switch (reason) {
+    case WEBKIT_WEB_PROCESS_CRASHED:
+        return m_navigationDelegate->pageProcessDidEnd(PageProcessEnd::Crashed);
+    case WEBKIT_WEB_PROCESS_EXCEEDED_MEMORY_LIMIT:
+        return m_navigationDelegate->pageProcessDidEnd(PageProcessEnd::ExceededMemoryLimit);
+    case WEBKIT_WEB_PROCESS_TERMINATED_BY_API:
+        return m_navigationDelegate->pageProcessDidEnd(PageProcessEnd::Requested);
+    }
 }
 
 bool WebViewWebKit::decidePolicy(WebKitPolicyDecision* decision, WebKitPolicyDecisionType type)
 {
-    if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE) {
-        auto* response = WEBKIT_RESPONSE_POLICY_DECISION(decision);
-        if (webkit_response_policy_decision_is_mime_type_supported(response))
-            return false;
-        webkit_policy_decision_ignore(decision);
-        return true;
-    }
-    auto* action = webkit_navigation_policy_decision_get_navigation_action(
-        WEBKIT_NAVIGATION_POLICY_DECISION(decision));
-    const auto* address = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
-    const bool isAllowed = type == WEBKIT_POLICY_DECISION_TYPE_NAVIGATION_ACTION
-        && (!m_navigationDelegate || m_navigationDelegate->shouldNavigate(address ? address : ""));
+    const bool isAllowed = type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE
+        ? isAnswerAccepted(WEBKIT_RESPONSE_POLICY_DECISION(decision))
+        : isNavigationAllowed(decision);
     if (isAllowed)
         webkit_policy_decision_use(decision);
     else
         webkit_policy_decision_ignore(decision);
     return true;
+}
+
+bool WebViewWebKit::isNavigationAllowed(WebKitPolicyDecision* decision)
+{
+    auto* action = webkit_navigation_policy_decision_get_navigation_action(
+        WEBKIT_NAVIGATION_POLICY_DECISION(decision));
+    const auto address = addressOf(action);
+    if (m_navigationDelegate && !m_navigationDelegate->shouldNavigate(address))
+        return false;
+    if (address.starts_with("about:"))
+        m_load.expectEmptyPage();
+    return true;
+}
+
+bool WebViewWebKit::isAnswerAccepted(WebKitResponsePolicyDecision* decision)
+{
+    constexpr unsigned firstServerError = 500;
+    auto* response = webkit_response_policy_decision_get_response(decision);
+    if (webkit_response_policy_decision_is_main_frame_main_resource(decision)
+        && webkit_uri_response_get_status_code(response) >= firstServerError) {
+        m_load.rejectAnswer({ LoadError::Domain::UrlLoading, urlErrors::badServerResponse,
+            "the server has an error of its own" });
+        return false;
+    }
+    return webkit_response_policy_decision_is_mime_type_supported(decision);
+}
+
+void WebViewWebKit::loadInPlaceOfNewWindow(WebKitNavigationAction* action)
+{
+    if (m_uiDelegate && m_uiDelegate->shouldLoadInPlaceOfNewWindow(addressOf(action)))
+        webkit_web_view_load_request(m_view.get(), webkit_navigation_action_get_request(action));
 }
 
 bool WebViewWebKit::showContextMenu(WebKitContextMenu* menu)
@@ -146,28 +248,6 @@ bool WebViewWebKit::showContextMenu(WebKitContextMenu* menu)
     return webkit_context_menu_get_n_items(menu) > 0;
 }
 
-void WebViewWebKit::handleLoadChanged(WebKitLoadEvent event)
-{
-    switch (event) {
-    case WEBKIT_LOAD_STARTED:
-    case WEBKIT_LOAD_REDIRECTED:
-        m_hasFailed = false;
-        // The engine waits for an answer for ever.
-        m_answerTimer = m_runLoop.after(m_timeout, [this] { stopLoading(); });
-        return;
-    case WEBKIT_LOAD_COMMITTED:
-        m_answerTimer.reset();
-        if (m_navigationDelegate)
-            m_navigationDelegate->didCommitNavigation();
-        return;
-    case WEBKIT_LOAD_FINISHED:
-        m_answerTimer.reset();
-        if (m_navigationDelegate && !m_hasFailed)
-            m_navigationDelegate->didFinishNavigation();
-        return;
-    }
-}
-
 void WebViewWebKit::connectSignals()
 {
     auto* view = m_view.get();
@@ -184,22 +264,34 @@ void WebViewWebKit::connectSignals()
                         gpointer self) -> gboolean {
             return !static_cast<WebViewWebKit*>(self)->showContextMenu(menu);
         }));
-    connect("load-changed", G_CALLBACK(+[](WebKitWebView*, WebKitLoadEvent event, gpointer self) {
-        static_cast<WebViewWebKit*>(self)->handleLoadChanged(event);
-    }));
-    connect("load-failed",
+    connect("create",
         G_CALLBACK(
-            +[](WebKitWebView*, WebKitLoadEvent, const char*, GError*, gpointer self) -> gboolean {
-                static_cast<WebViewWebKit*>(self)->m_hasFailed = true;
-                return TRUE; // No error page; what was shown stays.
+            +[](WebKitWebView*, WebKitNavigationAction* action, gpointer self) -> GtkWidget* {
+                static_cast<WebViewWebKit*>(self)->loadInPlaceOfNewWindow(action);
+                return nullptr;
             }));
-    connect("load-failed-with-tls-errors",
-        G_CALLBACK(+[](WebKitWebView*, const char*, GTlsCertificate*, GTlsCertificateFlags,
-                        gpointer self) -> gboolean {
-            static_cast<WebViewWebKit*>(self)->m_hasFailed = true;
-            return TRUE;
-        }));
     refuseEverythingElse(view);
+}
+
+void WebViewWebKit::connectProcessSignals()
+{
+    g_signal_connect(m_view.get(), "web-process-terminated",
+        G_CALLBACK(+[](WebKitWebView*, WebKitWebProcessTerminationReason reason, gpointer self) {
+            static_cast<WebViewWebKit*>(self)->handleProcessEnd(reason);
+        }),
+        this);
+    g_signal_connect(m_view.get(), "load-changed",
+        G_CALLBACK(+[](WebKitWebView*, WebKitLoadEvent event, gpointer self) {
+            if (event == WEBKIT_LOAD_COMMITTED)
+                static_cast<WebViewWebKit*>(self)->m_networkProcess.refresh();
+        }),
+        this);
+    g_signal_connect(webkit_web_view_get_back_forward_list(m_view.get()), "changed",
+        G_CALLBACK(+[](WebKitBackForwardList*, gpointer, gpointer, gpointer self) {
+            if (auto* delegate = static_cast<WebViewWebKit*>(self)->m_navigationDelegate)
+                delegate->backForwardListDidChange();
+        }),
+        this);
 }
 
 } // namespace quillox

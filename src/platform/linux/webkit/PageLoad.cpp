@@ -1,0 +1,183 @@
+#include "platform/linux/webkit/PageLoad.h"
+
+#include "platform/linux/webkit/LoadErrorsWebKit.h"
+
+#include <string_view>
+
+namespace quillox {
+
+namespace {
+
+    constexpr std::string_view emptyPage = "about:blank";
+
+    std::string textOf(const char* text)
+    {
+        return text ? text : "";
+    }
+
+} // namespace
+
+PageLoad::PageLoad(WebKitWebView* view, RunLoop& runLoop)
+    : m_view(view)
+    , m_runLoop(runLoop)
+{
+    const auto connect = [this, view](const char* signal, GCallback callback) {
+        g_signal_connect(view, signal, callback, this);
+    };
+    connect("load-changed", G_CALLBACK(+[](WebKitWebView*, WebKitLoadEvent event, gpointer self) {
+        static_cast<PageLoad*>(self)->handleChange(event);
+    }));
+    connect("load-failed",
+        G_CALLBACK(+[](WebKitWebView*, WebKitLoadEvent event, const char*, GError* error,
+                        gpointer self) -> gboolean {
+            static_cast<PageLoad*>(self)->handleFailure(event, translateLoadError(*error));
+            return TRUE; // No error page; what was shown stays.
+        }));
+    connect("load-failed-with-tls-errors",
+        G_CALLBACK(+[](WebKitWebView*, const char*, GTlsCertificate*, GTlsCertificateFlags,
+                        gpointer self) -> gboolean {
+            static_cast<PageLoad*>(self)->handleFailure(WEBKIT_LOAD_STARTED,
+                { LoadError::Domain::UrlLoading, urlErrors::secureConnectionFailed,
+                    "the server's certificate is not valid" });
+            return TRUE;
+        }));
+    connect("notify::estimated-load-progress",
+        G_CALLBACK(+[](WebKitWebView*, GParamSpec*, gpointer self) {
+            auto* load = static_cast<PageLoad*>(self);
+            if (load->m_phase == LoadPhase::Committed)
+                load->waitFor(load->m_timeout);
+        }));
+}
+
+PageLoad::~PageLoad()
+{
+    g_signal_handlers_disconnect_by_data(m_view, this);
+    if (m_mainResource)
+        g_signal_handlers_disconnect_by_data(m_mainResource.get(), this);
+}
+
+NavigationDelegate& PageLoad::delegate() const
+{
+    static NavigationDelegate nobody;
+    return m_delegate ? *m_delegate : nobody;
+}
+
+void PageLoad::load(const UrlRequest& request)
+{
+    m_timeout = request.timeout;
+    m_requestedURL = request.url;
+    webkit_web_view_load_uri(m_view, request.url.c_str());
+}
+
+void PageLoad::reload()
+{
+    // The engine loads nothing again that was never committed, or that its process took along.
+    if (!m_isPageLost)
+        return webkit_web_view_reload(m_view);
+    const auto& url = m_committedURL.empty() ? m_requestedURL : m_committedURL;
+    webkit_web_view_load_uri(m_view, url.c_str());
+}
+
+void PageLoad::stop()
+{
+    m_timer.reset();
+    webkit_web_view_stop_loading(m_view);
+}
+
+void PageLoad::handleProcessEnd()
+{
+    m_timer.reset();
+    m_phase = LoadPhase::Idle;
+    m_isPageLost = true;
+}
+
+void PageLoad::waitFor(RunLoop::Duration duration)
+{
+    m_timer = m_runLoop.after(duration, [this] { handleTimeout(); });
+}
+
+void PageLoad::handleChange(WebKitLoadEvent event)
+{
+    switch (event) {
+    case WEBKIT_LOAD_STARTED:
+        m_failure.reset();
+        [[fallthrough]];
+    case WEBKIT_LOAD_REDIRECTED:
+        m_hasFailed = false;
+        m_phase = LoadPhase::Provisional;
+        return waitFor(m_timeout);
+    case WEBKIT_LOAD_COMMITTED:
+        return handleCommit();
+    case WEBKIT_LOAD_FINISHED:
+        return handleFinish();
+    }
+}
+
+void PageLoad::handleCommit()
+{
+    const auto url = textOf(webkit_web_view_get_uri(m_view));
+    if (url == emptyPage && !std::exchange(m_expectsEmptyPage, false)) {
+        m_isPageLost = true;
+        return handleFailure(WEBKIT_LOAD_STARTED,
+            { LoadError::Domain::UrlLoading, urlErrors::badServerResponse,
+                "the engine refuses the server's port" });
+    }
+    m_committedURL = url;
+    m_isPageLost = false;
+    m_phase = LoadPhase::Committed;
+    // Pages that name no background are made for a white one; before the first there is none.
+    constexpr GdkRGBA white { 1, 1, 1, 1 };
+    webkit_web_view_set_background_color(m_view, &white);
+    watchMainResource();
+    waitFor(m_timeout);
+    delegate().didCommitNavigation();
+}
+
+void PageLoad::watchMainResource()
+{
+    if (m_mainResource)
+        g_signal_handlers_disconnect_by_data(m_mainResource.get(), this);
+    auto* resource = webkit_web_view_get_main_resource(m_view);
+    m_mainResource.reset(resource ? WEBKIT_WEB_RESOURCE(g_object_ref(resource)) : nullptr);
+    m_isDocumentComplete = !resource;
+    if (resource) {
+        g_signal_connect(resource, "finished", G_CALLBACK(+[](WebKitWebResource*, gpointer self) {
+            static_cast<PageLoad*>(self)->m_isDocumentComplete = true;
+        }),
+            this);
+    }
+}
+
+void PageLoad::handleFinish()
+{
+    if (m_phase == LoadPhase::Idle)
+        return;
+    m_timer.reset();
+    m_phase = LoadPhase::Idle;
+    if (!m_hasFailed)
+        delegate().didFinishNavigation();
+}
+
+void PageLoad::handleFailure(WebKitLoadEvent event, const LoadError& engineError)
+{
+    m_timer.reset();
+    m_hasFailed = true;
+    m_phase = LoadPhase::Idle;
+    const auto error = std::exchange(m_failure, std::nullopt).value_or(engineError);
+    if (event == WEBKIT_LOAD_COMMITTED)
+        delegate().didFailNavigation(error);
+    else
+        delegate().didFailProvisionalNavigation(error);
+}
+
+void PageLoad::handleTimeout()
+{
+    // A page that is there and only waits for something beside it is good enough.
+    if (m_phase == LoadPhase::Committed && m_isDocumentComplete)
+        return handleFinish();
+    m_failure
+        = { LoadError::Domain::UrlLoading, urlErrors::timedOut, "the server does not answer" };
+    webkit_web_view_stop_loading(m_view);
+}
+
+} // namespace quillox
