@@ -11,9 +11,6 @@ namespace {
 
     using namespace std::chrono_literals;
 
-    /// The picture of a page that crashed stays for so long; most pages are back by then.
-    constexpr RunLoop::Duration coverDelay = 1s;
-
     /// A timer that is this late tells that the program itself was held up; the answer may be
     /// waiting behind it.
     constexpr RunLoop::Duration heldUp = 1s;
@@ -39,7 +36,7 @@ void PageGuard::start(WebView& view)
 void PageGuard::stop()
 {
     m_view = nullptr;
-    for (auto* timer : { &m_pingTimer, &m_answerTimer, &m_reloadTimer, &m_coverTimer })
+    for (auto* timer : { &m_pingTimer, &m_answerTimer, &m_reloadTimer })
         timer->reset();
     m_incidentsInARow = 0;
     m_healthyAt.reset();
@@ -55,7 +52,6 @@ void PageGuard::handleCommittedLoad()
 
 void PageGuard::handleFinishedLoad()
 {
-    m_coverTimer.reset();
     m_healthyAt = m_runLoop.monotonicNow() + healthyTime;
 }
 
@@ -79,6 +75,7 @@ void PageGuard::handlePageProcessEnd(PageProcessEnd end)
 {
     m_pingTimer.reset();
     m_answerTimer.reset();
+    m_delegate.coverPage();
     switch (end) {
     case PageProcessEnd::Crashed:
         return recover("the page's process crashed");
@@ -99,13 +96,11 @@ void PageGuard::recover(std::string_view incident)
     const auto pause = nextPause();
     if (pause == 0s) {
         m_log.write(fmt::format("Quillox: {}; loading the page again.", incident));
-        m_coverTimer = m_runLoop.after(coverDelay, [this] { m_delegate.coverPage(); });
         m_delegate.reloadPage();
         return;
     }
     m_log.write(
         fmt::format("Quillox: {}; loading the page again in {} s.", incident, pause.count()));
-    m_delegate.coverPage();
     m_reloadTimer = m_runLoop.after(pause, [this] { m_delegate.reloadPage(); });
 }
 

@@ -67,7 +67,6 @@ private:
     Handle m_pingTimer;
     Handle m_answerTimer; ///< Runs while an answer is awaited.
     Handle m_reloadTimer;
-    Handle m_coverTimer;
     int m_incidentsInARow = 0;
     std::optional<RunLoop::MonotonicTime> m_healthyAt; ///< None before anything was committed.
     Lifetime m_lifetime;

@@ -86,7 +86,7 @@ public:
     /// What lies before or behind the page in its history is not what it was.
     virtual void backForwardListDidChange() { }
 
-    /// The page is gone; the last picture of it may stay. `WebView::reload` brings it back.
+    /// The page is gone, and the view black. `WebView::reload` brings it back.
     virtual void pageProcessDidEnd(PageProcessEnd) { }
 
     /// The process that speaks to servers for every page died. The page is still there, but what it

@@ -89,6 +89,9 @@ void PageLoad::handleProcessEnd()
     m_timer.reset();
     m_phase = LoadPhase::Idle;
     m_isPageLost = true;
+    // The engine shows its background where the page was.
+    constexpr GdkRGBA black { 0, 0, 0, 1 };
+    webkit_web_view_set_background_color(m_view, &black);
 }
 
 void PageLoad::waitFor(RunLoop::Duration duration)
