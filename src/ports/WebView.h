@@ -73,7 +73,7 @@ public:
     /// The page begins to show something else.
     virtual void didCommitNavigation() { }
 
-    /// The page is there as a whole. Never follows a failure of the same load.
+    /// The page is there as a whole, and can be seen. Never follows a failure of the same load.
     virtual void didFinishNavigation() { }
 
     /// A load that had nothing to show yet failed; what was shown before stays. Nobody is told of a

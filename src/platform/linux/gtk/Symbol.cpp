@@ -44,10 +44,10 @@ namespace {
         context->move_to(1, 9);
         context->line_to(9, 2);
         context->line_to(17, 9);
-        context->move_to(4, 8);
-        context->line_to(4, 16);
-        context->line_to(14, 16);
-        context->line_to(14, 8);
+        context->move_to(3, 8);
+        context->line_to(3, 16);
+        context->line_to(15, 16);
+        context->line_to(15, 8);
         context->move_to(7, 16);
         context->line_to(7, 11);
         context->line_to(11, 11);

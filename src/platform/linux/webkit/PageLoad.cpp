@@ -8,7 +8,15 @@ namespace quillox {
 
 namespace {
 
+    using namespace std::chrono_literals;
+
     constexpr std::string_view emptyPage = "about:blank";
+
+    /// When the second frame begins, the first one is on its way to the screen.
+    constexpr auto untilDrawn
+        = "return new Promise(done => requestAnimationFrame(() => requestAnimationFrame(done)))";
+    /// A page that nobody can see draws nothing.
+    constexpr RunLoop::Duration longestDrawing = 1s;
 
     std::string textOf(const char* text)
     {
@@ -51,6 +59,7 @@ PageLoad::PageLoad(WebKitWebView* view, RunLoop& runLoop)
 
 PageLoad::~PageLoad()
 {
+    cancelDrawing();
     g_signal_handlers_disconnect_by_data(m_view, this);
     if (m_mainResource)
         g_signal_handlers_disconnect_by_data(m_mainResource.get(), this);
@@ -87,6 +96,7 @@ void PageLoad::stop()
 void PageLoad::handleProcessEnd()
 {
     m_timer.reset();
+    cancelDrawing();
     m_phase = LoadPhase::Idle;
     m_isPageLost = true;
     // The engine shows its background where the page was.
@@ -103,6 +113,7 @@ void PageLoad::handleChange(WebKitLoadEvent event)
 {
     switch (event) {
     case WEBKIT_LOAD_STARTED:
+        cancelDrawing();
         m_failure.reset();
         [[fallthrough]];
     case WEBKIT_LOAD_REDIRECTED:
@@ -158,7 +169,40 @@ void PageLoad::handleFinish()
     m_timer.reset();
     m_phase = LoadPhase::Idle;
     if (!m_hasFailed)
-        delegate().didFinishNavigation();
+        awaitDrawing();
+}
+
+void PageLoad::awaitDrawing()
+{
+    cancelDrawing();
+    m_drawing.reset(g_cancellable_new());
+    m_drawingTimer = m_runLoop.after(longestDrawing, [this] { handleDrawn(); });
+    webkit_web_view_call_async_javascript_function(
+        m_view, untilDrawn, -1, nullptr, "quillox", nullptr, m_drawing.get(),
+        [](GObject* view, GAsyncResult* result, gpointer self) {
+            GError* failure = nullptr;
+            const GObjectOwner<JSCValue> value(
+                webkit_web_view_call_async_javascript_function_finish(
+                    WEBKIT_WEB_VIEW(view), result, &failure));
+            const GErrorOwner error(failure);
+            if (!g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_CANCELLED))
+                static_cast<PageLoad*>(self)->handleDrawn();
+        },
+        this);
+}
+
+void PageLoad::cancelDrawing()
+{
+    if (m_drawing)
+        g_cancellable_cancel(m_drawing.get());
+    m_drawing.reset();
+    m_drawingTimer.reset();
+}
+
+void PageLoad::handleDrawn()
+{
+    cancelDrawing();
+    delegate().didFinishNavigation();
 }
 
 void PageLoad::handleFailure(WebKitLoadEvent event, const LoadError& engineError)

@@ -43,6 +43,9 @@ private:
     void handleChange(WebKitLoadEvent);
     void handleCommit();
     void handleFinish();
+    void awaitDrawing();
+    void cancelDrawing();
+    void handleDrawn();
     void handleFailure(WebKitLoadEvent, const LoadError&);
     void handleTimeout();
     void waitFor(RunLoop::Duration);
@@ -64,6 +67,8 @@ private:
     bool m_isDocumentComplete = false; ///< What it refers to may still be missing.
     std::optional<LoadError> m_failure; ///< What the next failure really is.
     Handle m_timer;
+    GObjectOwner<GCancellable> m_drawing; ///< While the finished page is awaited on the screen.
+    Handle m_drawingTimer;
     GObjectOwner<WebKitWebResource> m_mainResource;
 };
 
