@@ -1,10 +1,12 @@
 """A website in a folder, sealed: what its pages reach through the private scheme."""
 
 import os
+from pathlib import Path
 
 import pytest
 from rig.site import PAGE
 
+FONT = Path("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf")
 BIG = 5_000_000  # bytes; far more than the engine reads at once
 CHECKS = """
 const checks = {
@@ -26,6 +28,14 @@ const checks = {
   async "route of an application"() {
     const answer = await fetch("/room/3")
     return answer.status === 200 && answer.headers.get("Content-Type") === "text/html; charset=utf-8"
+  },
+  async "modules"() { return (await import("./module.js")).answer === 42 },
+  async "font"() { return (await new FontFace("own", "url(font.ttf)").load()).status === "loaded" },
+  async "streamed WebAssembly"() { return (await WebAssembly.instantiateStreaming(fetch("empty.wasm"))).instance instanceof WebAssembly.Instance },
+  async "storage that outlasts the run"() {
+    const runs = localStorage.runs ?? "0"
+    localStorage.runs = Number(runs) + 1
+    return runs === await (await fetch("runs.txt")).text()
   },
 }
 for (const missing of ["missing.png", "pipe", "outside", "outside.txt", "..%252fsecret.txt"]) {
@@ -49,6 +59,10 @@ def folder(bed):
     (site / "index.html").write_text("<!doctype html><body><script type=module src=checks.js></script>")
     (site / "checks.js").write_text(f"const BIG = {BIG}\n{CHECKS}")
     (site / "bands.html").write_bytes(PAGE)
+    (site / "module.js").write_text("export const answer = 42")
+    (site / "font.ttf").write_bytes(FONT.read_bytes())
+    (site / "empty.wasm").write_bytes(b"\0asm\1\0\0\0")
+    (site / "runs.txt").write_text("0")
     (site / "big.bin").write_bytes((bytes(range(251)) * (BIG // 251 + 1))[:BIG])
     secret = bed.home.folder / "secret.txt"
     secret.write_text("secret")
@@ -65,6 +79,7 @@ def test_serves_the_folder_run_after_run_and_nothing_else(bed, folder):
     bed.wait_sealed()
     assert bed.site.requests == 0
     bed.unseal()
+    (folder / "runs.txt").write_text("1")
     bed.seal()
     bed.unseal()
     bed.close()
