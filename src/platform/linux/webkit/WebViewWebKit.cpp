@@ -14,8 +14,12 @@ namespace {
     WebKitWebView* makeView(
         WebKitWebContext* context, WebKitNetworkSession* session, WebKitUserContentManager* content)
     {
-        auto* view = WEBKIT_WEB_VIEW(g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context,
-            "network-session", session, "user-content-manager", content, nullptr));
+        // An exhibit speaks by itself; nobody is asked whether it may.
+        const GObjectOwner<WebKitWebsitePolicies> policies(
+            webkit_website_policies_new_with_policies("autoplay", WEBKIT_AUTOPLAY_ALLOW, nullptr));
+        auto* view = WEBKIT_WEB_VIEW(
+            g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context, "network-session", session,
+                "user-content-manager", content, "website-policies", policies.get(), nullptr));
         return WEBKIT_WEB_VIEW(g_object_ref_sink(view));
     }
 
