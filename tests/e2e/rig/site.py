@@ -40,15 +40,21 @@ if (location.pathname === "/picker") addEventListener("keydown", event => {
 })
 if (location.pathname === "/thief") setInterval(() => { window.focus(); field.focus() }, 50)
 </script>"""
+# Pages of keys in other colours; a click on one leads to the next. Whoever goes on from the last gets no answer.
+WALK = ("#406080", "#806040", "#408060")
+NEXT = b"<script>addEventListener('click', () => { location = Number(location.pathname.slice(6)) + 1 })</script>"
+PAGES = {f"/walk/{number}": KEYS.replace(CENTRE.encode(), colour.encode()) + NEXT
+         for number, colour in enumerate(WALK, 1)}
+PAGES |= dict.fromkeys(("/keys", "/thief", "/busy", "/picker"), KEYS)
 
 
-def page_picture(size):
+def page_picture(size, centre=CENTRE):
     """What a sealed screen of this size shows.
 
     The page's view reaches one pixel below the screen, so that no line of the window shows there.
     """
     width, height = size[0], size[1] + 1
-    picture = Image.new("RGB", (width, height), CENTRE)
+    picture = Image.new("RGB", (width, height), centre)
     boxes = {"left": (0, 0, BAND, height), "right": (width - BAND, 0, width, height),
              "top": (0, 0, width, BAND), "bottom": (0, height - BAND, width, height)}
     for side, colour in COLOURS.items():
@@ -65,7 +71,8 @@ class Site:
         class Handler(BaseHTTPRequestHandler):
             def do_GET(self):
                 site.paths.append(self.path)
-                self._answer(KEYS if self.path in ("/keys", "/thief", "/busy", "/picker") else PAGE)
+                if self.path != f"/walk/{len(WALK) + 1}":
+                    self._answer(PAGES.get(self.path, PAGE))
 
             def do_POST(self):
                 site.told.append(json.loads(self.rfile.read(int(self.headers["Content-Length"]))))
