@@ -127,6 +127,10 @@ namespace {
 bool isVisibleText(std::string_view text)
 {
     while (!text.empty()) {
+        if (text.front() > ' ' && text.front() < 0x7f) {
+            text.remove_prefix(1);
+            continue;
+        }
         const auto point = takeCodePoint(text);
         if (!point || isWithin(invisibleRanges, *point))
             return false;
@@ -140,12 +144,13 @@ bool isHostName(std::string_view text)
     if (text.empty() || !isVisibleText(text) || (endsInNumber(text) && !isIPv4Address(text)))
         return false;
     while (!text.empty()) {
+        if (const char c = text.front();
+            isDigit(c) || isLetter(c) || punctuation.find(c) != punctuation.npos) {
+            text.remove_prefix(1);
+            continue;
+        }
         const auto point = takeCodePoint(text);
-        if (!point || isWithin(notInHostNames, *point))
-            return false;
-        const auto c = static_cast<char>(*point);
-        if (*point < 0x80 && !isDigit(c) && !isLetter(c)
-            && punctuation.find(c) == std::string_view::npos)
+        if (!point || *point < 0x80 || isWithin(notInHostNames, *point))
             return false;
     }
     return true;

@@ -22,19 +22,19 @@ std::optional<std::string> percentDecoded(std::string_view text)
 {
     std::string decoded;
     decoded.reserve(text.size());
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] != '%') {
-            decoded += text[i];
-            continue;
-        }
-        const int high = i + 2 < text.size() ? hexValue(text[i + 1]) : -1;
-        const int low = i + 2 < text.size() ? hexValue(text[i + 2]) : -1;
+    while (true) {
+        const auto escape = text.find('%');
+        decoded += text.substr(0, escape);
+        if (escape == std::string_view::npos)
+            return decoded;
+        text.remove_prefix(escape);
+        const int high = text.size() > 2 ? hexValue(text[1]) : -1;
+        const int low = text.size() > 2 ? hexValue(text[2]) : -1;
         if (high < 0 || low < 0 || (high == 0 && low == 0))
             return std::nullopt;
         decoded += static_cast<char>(high * 16 + low);
-        i += 2;
+        text.remove_prefix(3);
     }
-    return decoded;
 }
 
 } // namespace quillox

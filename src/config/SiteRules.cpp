@@ -79,6 +79,7 @@ SiteRules::SiteRules(const KioskSettings& settings)
     , m_isLocal(settings.isLocalSource())
     , m_allowedHosts(settings.allowedHosts())
 {
+    std::ranges::sort(m_allowedHosts);
     if (const auto start = settings.startURL())
         m_startHost = start->host();
     if (settings.restrictToPath)
@@ -103,8 +104,14 @@ bool SiteRules::isAllowed(const Url& url) const
 
 bool SiteRules::isExtraDomain(const std::string& host) const
 {
-    return std::ranges::any_of(m_allowedHosts,
-        [&](const std::string& domain) { return host == domain || isSubdomain(host, domain); });
+    for (std::string_view domain = host;;) {
+        if (std::ranges::binary_search(m_allowedHosts, domain))
+            return true;
+        const auto dot = domain.find('.');
+        if (dot == std::string_view::npos)
+            return false;
+        domain.remove_prefix(dot + 1);
+    }
 }
 
 bool SiteRules::isInSection(const Url& url) const

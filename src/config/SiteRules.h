@@ -29,7 +29,7 @@ private:
     bool m_restrictsDomain;
     bool m_isLocal;
     std::optional<std::string> m_startHost;
-    std::vector<std::string> m_allowedHosts;
+    std::vector<std::string> m_allowedHosts; ///< Sorted.
     std::optional<std::string> m_pathPrefix; ///< Only where the settings confine pages to it.
 };
 

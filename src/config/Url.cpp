@@ -81,7 +81,7 @@ std::optional<Url> Url::parse(std::string_view text)
     url.m_text = text;
     url.m_scheme = text.substr(0, colon);
     auto rest = text.substr(colon + 1);
-    rest = rest.substr(0, rest.find_first_of("?#"));
+    rest = rest.substr(0, std::min(rest.find('?'), rest.find('#')));
     if (rest.find('\\') != std::string_view::npos)
         return std::nullopt;
     if (rest.starts_with("//")) {

@@ -48,6 +48,11 @@ std::string lowercased(std::string_view text)
     std::string lowered;
     lowered.reserve(text.size());
     while (!text.empty()) {
+        if (const char first = text.front(); static_cast<unsigned char>(first) < 0x80) {
+            lowered += first >= 'A' && first <= 'Z' ? static_cast<char>(first - 'A' + 'a') : first;
+            text.remove_prefix(1);
+            continue;
+        }
         utf8proc_int32_t character = 0;
         const auto length = utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
             static_cast<utf8proc_ssize_t>(text.size()), &character);
