@@ -1,18 +1,15 @@
 // What the keyboard lock adds to one event of the keyboard, beside two things that every program
 // does: asking for the time, and looking a key up in a map of seventy.
 
+#include "MedianTable.h"
 #include "fakes/FakeKeyboard.h"
 #include "fakes/FakeRunLoop.h"
 #include "fakes/FakeSystemLog.h"
 #include "lockdown/SystemKeyBlocker.h"
 
 #include <benchmark/benchmark.h>
-#include <cmath>
 #include <ctime>
-#include <fmt/format.h>
 #include <map>
-#include <string>
-#include <string_view>
 #include <vector>
 
 namespace quillox {
@@ -86,20 +83,13 @@ namespace {
         return typist.events;
     }
 
-    /// `events` is how many each turn of the benchmark's loop handled.
-    void perEvent(benchmark::State& state, std::size_t events)
-    {
-        state.SetItemsProcessed(
-            static_cast<std::int64_t>(state.iterations()) * static_cast<std::int64_t>(events));
-    }
-
     void decision(benchmark::State& state)
     {
         const auto events = visit();
         for (auto _ : state)
             for (const auto& event : events)
                 benchmark::DoNotOptimize(decideKey(event, false));
-        perEvent(state, events.size());
+        perItem(state, events.size());
     }
 
     /// A blocker that runs, on a keyboard and a main loop in memory.
@@ -126,7 +116,7 @@ namespace {
         for (auto _ : state)
             for (const auto& event : events)
                 benchmark::DoNotOptimize(sealed.keyboard.send(event));
-        perEvent(state, events.size());
+        perItem(state, events.size());
     }
 
     void tapOfVisit(benchmark::State& state)
@@ -149,7 +139,7 @@ namespace {
             benchmark::DoNotOptimize(clock_gettime(CLOCK_MONOTONIC, &time));
             benchmark::DoNotOptimize(time);
         }
-        perEvent(state, 1);
+        perItem(state, 1);
     }
 
     void mapLookup(benchmark::State& state)
@@ -161,7 +151,7 @@ namespace {
         for (auto _ : state)
             for (const auto& event : events)
                 benchmark::DoNotOptimize(map.find(event.keyCode));
-        perEvent(state, events.size());
+        perItem(state, events.size());
     }
 
     BENCHMARK(decision)->Name("decideKey");
@@ -170,70 +160,12 @@ namespace {
     BENCHMARK(clockReading)->Name(clockName);
     BENCHMARK(mapLookup)->Name(mapName);
 
-    /// Keeps the median of each benchmark's repetitions, per event. Prints nothing.
-    class Medians final : public benchmark::BenchmarkReporter {
-    public:
-        bool hasFailed = false;
-
-        bool ReportContext(const Context&) override { return true; }
-        void ReportRuns(const std::vector<Run>& runs) override
-        {
-            for (const auto& run : runs) {
-                hasFailed = hasFailed || run.error_occurred;
-                if (run.aggregate_name == "median")
-                    m_nanoseconds[run.run_name.function_name]
-                        = 1e9 / run.counters.at("items_per_second").value;
-            }
-        }
-
-        void print() const
-        {
-            fmt::print("{:<28}{:>12}{:>18}{:>18}\n", "median of the repetitions", "ns/event",
-                "/ clock_gettime", "/ map lookup");
-            for (const auto& [name, nanoseconds] : m_nanoseconds)
-                fmt::print("{:<28}{:>12.1f}{:>18.2f}{:>18.2f}  {}\n", name, nanoseconds,
-                    nanoseconds / of(clockName), nanoseconds / of(mapName),
-                    verdict(name, nanoseconds));
-        }
-
-    private:
-        /// Not a number when a filter left the benchmark out.
-        double of(const std::string& name) const
-        {
-            const auto found = m_nanoseconds.find(name);
-            return found != m_nanoseconds.end() ? found->second : std::nan("");
-        }
-
-        static std::string_view verdict(const std::string& name, double nanoseconds)
-        {
-            if (name == clockName || name == mapName)
-                return {};
-            return nanoseconds < reachNanoseconds ? "reach < 1000  met" : "reach < 1000  MISSED";
-        }
-
-        std::map<std::string, double> m_nanoseconds;
-    };
-
 } // namespace
 
 } // namespace quillox
 
 int main(int argc, char** argv)
 {
-    // Interleaved, so that a slow drift of the machine falls on all of them.
-    std::string repetitions = "--benchmark_repetitions=15";
-    std::string interleaving = "--benchmark_enable_random_interleaving=true";
-    std::string length = "--benchmark_min_time=0.1";
-    std::vector<char*> arguments { argv[0], repetitions.data(), interleaving.data(),
-        length.data() };
-    arguments.insert(arguments.end(), argv + 1, argv + argc);
-    int count = static_cast<int>(arguments.size());
-    benchmark::Initialize(&count, arguments.data());
-    quillox::Medians medians;
-    benchmark::RunSpecifiedBenchmarks(&medians);
-    benchmark::Shutdown();
-    if (medians.hasFailed)
-        return 1;
-    medians.print();
-    return 0;
+    using namespace quillox;
+    return runInto({ { clockName, mapName }, reachNanoseconds }, argc, argv);
 }
