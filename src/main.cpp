@@ -17,6 +17,7 @@
 #include "support/Lifetime.h"
 #include "ui/AutoStartCountdownOverlay.h"
 #include "ui/SetupView.h"
+#include "usage/UsageTracker.h"
 
 #include <csignal>
 #include <filesystem>
@@ -38,11 +39,13 @@ namespace {
             : m_instances(instances)
             , m_defaults(defaultsPathsFromEnvironment(), log)
             , m_platform(gtk, m_runLoop, log)
+            , m_usage(m_runLoop, m_platform.usageFile, m_platform.calendar)
             , m_controller({ m_platform.screens, m_platform.windows, m_platform.webEngine,
                   m_platform.eventMonitors, m_platform.application, m_platform.fileSystem,
                   m_platform.siteFiles, m_platform.fileTypes, m_runLoop, m_platform.eventTaps,
                   m_platform.eventTaps, m_platform.symbolicHotKeys, m_platform.powerAssertions,
-                  m_platform.sealViews, m_platform.kioskViews, m_platform.pathMonitors, log })
+                  m_platform.sealViews, m_platform.kioskViews, m_platform.pathMonitors, m_usage,
+                  log })
             , m_state({ m_runLoop, m_defaults, m_platform.fileSystem, m_platform.accessibility,
                           m_platform.dialogs, m_platform.workspace, m_platform.application },
                   m_controller,
@@ -50,6 +53,7 @@ namespace {
             , m_delegate({ m_runLoop, m_platform.accessibility, instances, m_platform.application },
                   m_state, QuilloxApp::bundleIdentifier)
         {
+            UsageTracker::setShared(&m_usage);
             KioskController::setShared(&m_controller);
             AppState::setShared(&m_state);
         }
@@ -63,6 +67,7 @@ namespace {
             m_instances.setOnActivate(nullptr);
             AppState::setShared(nullptr);
             KioskController::setShared(nullptr);
+            UsageTracker::setShared(nullptr);
         }
 
         void launch()
@@ -107,6 +112,7 @@ namespace {
         RunLoopGlib m_runLoop;
         DefaultsStoreFile m_defaults;
         LinuxPlatform m_platform;
+        UsageTracker m_usage;
         KioskController m_controller;
         AppState m_state;
         AppDelegate m_delegate;

@@ -2,6 +2,7 @@
 
 #include "ports/FileSystem.h"
 #include "support/CanonicalText.h"
+#include "usage/UsageTracker.h"
 
 #include <algorithm>
 #include <utility>
@@ -21,14 +22,14 @@ namespace {
 
 } // namespace
 
-KioskController::KioskController(Machine machine, RunCollaborators collaborators)
+KioskController::KioskController(Machine machine)
     : m_machine(machine)
-    , m_collaborators(collaborators)
     , m_keyBlocker({ machine.runLoop, machine.eventTaps, machine.keyState, machine.log })
     , m_hotKeyBlocker(machine.symbolicHotKeys, machine.log)
     , m_sleepBlocker(machine.powerAssertions, machine.log)
     , m_connectivity(machine.runLoop, machine.pathMonitors, *this)
     , m_pageGuard(machine.runLoop, machine.log, *this)
+    , m_idleWatch(machine.runLoop, machine.eventMonitors)
 {
 }
 
@@ -60,7 +61,8 @@ bool KioskController::start(const KioskSettings& settings, std::function<void()>
     m_machine.application.setPresentationOptions(sealedPresentation);
     startGuards();
     installKeyMonitor();
-    startWatches();
+    startIdleWatch();
+    startUsageTracking();
 
     m_screensSubscription = m_machine.screens.onChange([this] { handleScreensChanged(); });
     m_isActive = true;
@@ -78,16 +80,28 @@ void KioskController::startGuards()
     m_sleepBlocker.start();
 }
 
-void KioskController::startWatches()
+void KioskController::startIdleWatch()
 {
-    if (m_collaborators.idleWatch)
-        m_collaborators.idleWatch->start(m_settings, *m_currentStartURL, m_webView->view());
-    if (m_collaborators.usage) {
-        const auto gap = m_settings.idleResetSeconds >= 1
-            ? std::chrono::seconds(m_settings.idleResetSeconds)
-            : defaultSessionGap;
-        m_collaborators.usage->begin(m_settings.usageSourceKey(), gap);
-    }
+    m_idleWatch.start(std::chrono::seconds(m_settings.idleResetSeconds),
+        [this] { m_webView->view().loadInsistently({ .url = m_currentStartURL->text() }); });
+}
+
+void KioskController::startUsageTracking()
+{
+    const auto gap = m_settings.idleResetSeconds >= 1
+        ? std::chrono::seconds(m_settings.idleResetSeconds)
+        : defaultSessionGap;
+    m_machine.usageTracker.begin(m_settings.usageSourceKey(), gap);
+    m_usageMonitor = m_machine.eventMonitors.addLocalMonitor(activityMask, [this](const Event&) {
+        m_machine.usageTracker.recordActivity(m_machine.runLoop.now());
+        return EventMonitors::Verdict::Pass;
+    });
+}
+
+void KioskController::stopUsageTracking()
+{
+    m_machine.usageTracker.end();
+    m_usageMonitor.reset();
 }
 
 void KioskController::installKeyMonitor()
@@ -173,10 +187,8 @@ void KioskController::stop()
     m_sleepBlocker.stop();
     m_hotKeyBlocker.restore();
     m_screensSubscription.reset();
-    if (m_collaborators.idleWatch)
-        m_collaborators.idleWatch->stop();
-    if (m_collaborators.usage)
-        m_collaborators.usage->end();
+    m_idleWatch.stop();
+    stopUsageTracking();
     removeCoverWindows();
     m_connectivity.stopNetworkMonitor();
     m_pageGuard.stop();

@@ -3,11 +3,11 @@
 #include "config/KioskSettings.h"
 #include "config/SiteRules.h"
 #include "kiosk/Connectivity.h"
+#include "kiosk/IdleWatch.h"
 #include "kiosk/KioskViews.h"
 #include "kiosk/KioskWebView.h"
 #include "kiosk/KioskWindow.h"
 #include "kiosk/PageGuard.h"
-#include "kiosk/RunCollaborators.h"
 #include "lockdown/DisplaySleepBlocker.h"
 #include "lockdown/SealViews.h"
 #include "lockdown/SystemHotKeyBlocker.h"
@@ -31,6 +31,7 @@ class FileTypes;
 class SiteFiles;
 class SymbolicHotKeys;
 class SystemLog;
+class UsageTracker;
 
 /// Drives one sealed run after another: the page full screen on its display, every other display
 /// black, the ways out closed, and everything undone in a fixed order at the end. Main thread only.
@@ -56,10 +57,11 @@ public:
         SealViews& sealViews;
         KioskViews& kioskViews;
         PathMonitors& pathMonitors;
+        UsageTracker& usageTracker;
         SystemLog& log;
     };
 
-    explicit KioskController(Machine, RunCollaborators = {});
+    explicit KioskController(Machine);
     ~KioskController() override;
 
     static KioskController& shared() { return *s_shared; }
@@ -103,7 +105,9 @@ private:
     Rect webViewFrame() const;
     Rect notchBarFrame() const;
     void startGuards();
-    void startWatches();
+    void startIdleWatch();
+    void startUsageTracking();
+    void stopUsageTracking();
     void endContent();
     void installCoverWindows(const Screen& excluded);
     void removeCoverWindows();
@@ -135,7 +139,6 @@ private:
     inline static KioskController* s_shared = nullptr;
 
     Machine m_machine;
-    RunCollaborators m_collaborators;
 
     SystemKeyBlocker m_keyBlocker;
     SystemHotKeyBlocker m_hotKeyBlocker;
@@ -143,6 +146,7 @@ private:
     HoldIndicatorModel m_holdModel;
     Connectivity m_connectivity;
     PageGuard m_pageGuard;
+    IdleWatch m_idleWatch;
     Published<Color> m_notchColor { Color::black() };
 
     KioskSettings m_settings; ///< The copy that this run was started with.
@@ -168,6 +172,7 @@ private:
     std::vector<CoverWindow> m_coverWindows;
 
     Handle m_keyMonitor;
+    Handle m_usageMonitor;
     Handle m_screensSubscription;
     Handle m_lateColorRefresh;
     Lifetime m_lifetime;

@@ -127,6 +127,10 @@ public:
 
     virtual void load(const UrlRequest&) = 0;
 
+    /// The same, and nothing that the present page does can stop it: where nothing was committed and
+    /// nothing failed within 2 seconds, the page's process is ended and the request made again.
+    virtual void loadInsistently(const UrlRequest&) = 0;
+
     /// Loads the page again that was committed last, or, when none was, what `load` last asked for.
     virtual void reload() = 0;
     virtual void stopLoading() = 0;

@@ -11,8 +11,10 @@
 #include "fakes/FakeSiteFiles.h"
 #include "fakes/FakeSurroundings.h"
 #include "fakes/FakeSystemLog.h"
+#include "fakes/FakeUsage.h"
 #include "fakes/FakeWindows.h"
 #include "kiosk/KioskController.h"
+#include "usage/UsageTracker.h"
 
 namespace quillox {
 
@@ -20,14 +22,12 @@ namespace quillox {
 struct SealedMachine {
     SealedMachine() { screens.plugIn({ 7, "Studio", { 0, 0, 1512, 982 }, 0 }); }
 
-    /// A controller with what a test lets join its runs.
-    std::unique_ptr<KioskController> makeController(RunCollaborators collaborators = {})
+    std::unique_ptr<KioskController> makeController()
     {
         return std::make_unique<KioskController>(
             KioskController::Machine { screens, windows, windows, eventMonitors, application,
                 fileSystem, siteFiles, fileTypes, runLoop, keyboard, keyboard, hotKeys, power,
-                sealViews, kioskViews, pathMonitors, log },
-            collaborators);
+                sealViews, kioskViews, pathMonitors, usageTracker, log });
     }
 
     FakeWindows::FakeWindow& kioskWindow() { return *windows.windows.front(); }
@@ -48,6 +48,9 @@ struct SealedMachine {
     FakeSealViews sealViews { journal };
     FakeKioskViews kioskViews { journal };
     FakePathMonitors pathMonitors { journal };
+    FakeCalendar calendar;
+    FakeUsageFile usageFile;
+    UsageTracker usageTracker { runLoop, usageFile, calendar };
     FakeSystemLog log;
 };
 

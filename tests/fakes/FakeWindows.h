@@ -107,6 +107,7 @@ public:
     void setAllowsMagnification(bool allowed) override { allowsMagnification = allowed; }
     void setAllowsBackForwardNavigationGestures(bool allowed) override { allowsGestures = allowed; }
     void load(const UrlRequest&) override;
+    void loadInsistently(const UrlRequest& request) override { load(request); }
     void reload() override;
     void stopLoading() override;
     LoadPhase loadPhase() const override { return phase; }

@@ -15,12 +15,14 @@
 #include "platform/linux/lock/PowerAssertionsLinux.h"
 #include "platform/linux/lock/RestoreNote.h"
 #include "platform/linux/lock/SymbolicHotKeysLinux.h"
+#include "platform/linux/system/CalendarPosix.h"
 #include "platform/linux/system/Environment.h"
 #include "platform/linux/system/FileSystemPosix.h"
 #include "platform/linux/system/FileTypesGio.h"
 #include "platform/linux/system/PathMonitorsLinux.h"
 #include "platform/linux/system/RunLoopGlib.h"
 #include "platform/linux/system/SiteFilesLinux.h"
+#include "platform/linux/system/UsageFilePosix.h"
 #include "platform/linux/webkit/WebEngine.h"
 
 #include <memory>
@@ -43,6 +45,7 @@ struct LinuxPlatform {
         , windows(*placement, application, eventMonitors)
         , webEngine(runLoop, log, pageMemoryLimit())
         , workspace(application, dialogs, log)
+        , usageFile(usagePathFromEnvironment(), log)
     {
     }
 
@@ -75,6 +78,8 @@ struct LinuxPlatform {
     FileSystemPosix fileSystem;
     SiteFilesLinux siteFiles;
     FileTypesGio fileTypes;
+    CalendarPosix calendar;
+    UsageFilePosix usageFile;
 };
 
 } // namespace quillox

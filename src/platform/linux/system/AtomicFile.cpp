@@ -7,17 +7,21 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
+#include <ostream>
+#include <streambuf>
 #include <system_error>
 
 namespace quillox {
 
 namespace {
 
-    constexpr std::size_t largestFile = 16u << 20;
     constexpr std::string_view temporarySuffix = ".new-";
 
     std::string describe(const std::string& path, int error)
@@ -37,6 +41,45 @@ namespace {
             ".{}{}", std::filesystem::path(path).filename().string(), temporarySuffix);
     }
 
+    /// Writes to a file that is open, in large pieces. After a failure `errno` tells why.
+    class DescriptorBuffer final : public std::streambuf {
+    public:
+        explicit DescriptorBuffer(int descriptor)
+            : m_descriptor(descriptor)
+        {
+            setp(m_block.data(), m_block.data() + m_block.size());
+        }
+
+    protected:
+        int_type overflow(int_type next) override
+        {
+            if (sync() != 0)
+                return traits_type::eof();
+            return traits_type::eq_int_type(next, traits_type::eof())
+                ? traits_type::not_eof(next)
+                : sputc(traits_type::to_char_type(next));
+        }
+
+        int sync() override
+        {
+            for (const char* next = pbase(); next < pptr();) {
+                const auto written
+                    = ::write(m_descriptor, next, static_cast<std::size_t>(pptr() - next));
+                if (written < 0 && errno == EINTR)
+                    continue;
+                if (written < 0)
+                    return -1;
+                next += written;
+            }
+            setp(m_block.data(), m_block.data() + m_block.size());
+            return 0;
+        }
+
+    private:
+        int m_descriptor;
+        std::array<char, 65536> m_block;
+    };
+
     /// A file under a name of its own that disappears again unless it is moved to its place.
     class TemporaryFile {
     public:
@@ -55,17 +98,13 @@ namespace {
 
         int descriptor() const { return m_file.get(); }
 
-        bool write(std::string_view contents)
+        bool write(const std::function<void(std::ostream&)>& producer)
         {
-            while (!contents.empty()) {
-                const auto written = ::write(m_file.get(), contents.data(), contents.size());
-                if (written < 0 && errno == EINTR)
-                    continue;
-                if (written < 0)
-                    return false;
-                contents.remove_prefix(static_cast<std::size_t>(written));
-            }
-            return ::fsync(m_file.get()) == 0;
+            DescriptorBuffer buffer(m_file.get());
+            std::ostream stream(&buffer);
+            producer(stream);
+            stream.flush();
+            return stream.good() && ::fsync(m_file.get()) == 0;
         }
 
         bool moveTo(const std::string& target)
@@ -92,6 +131,50 @@ namespace {
         return ::geteuid() != 0 || ::fchown(descriptor, original.st_uid, original.st_gid) == 0;
     }
 
+    FileResult replace(const std::string& path, FilePermissions permissions,
+        const std::function<void(std::ostream&)>& write)
+    {
+        const auto target = resolvedPath(path);
+        struct stat original { };
+        const auto exists = ::lstat(target.c_str(), &original) == 0;
+        if (!exists && errno != ENOENT)
+            return { describe(target, errno) };
+        if (exists && !S_ISREG(original.st_mode))
+            return { target + ": not a regular file" };
+        const auto mode = exists && permissions == FilePermissions::kept ? original.st_mode & 07777
+                                                                         : S_IRUSR | S_IWUSR;
+
+        TemporaryFile temporary(target);
+        if (temporary.descriptor() < 0)
+            return { describe(target, errno) };
+        // The mode comes after the owner, because changing that clears some of its bits.
+        if ((exists && !keepOwnership(temporary.descriptor(), original))
+            || ::fchmod(temporary.descriptor(), mode) != 0 || !temporary.write(write)
+            || !temporary.moveTo(target) || !syncDirectory(directoryOf(target)))
+            return { describe(target, errno) };
+        return {};
+    }
+
+    std::string timeForName()
+    {
+        const auto now = std::time(nullptr);
+        std::tm parts {};
+        ::localtime_r(&now, &parts);
+        char text[32];
+        return std::string(text, std::strftime(text, sizeof text, "%Y%m%d-%H%M%S", &parts));
+    }
+
+    /// Fails with EEXIST when the new name is taken.
+    bool renameToUnused(const std::string& from, const std::string& to)
+    {
+        if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0)
+            return true;
+        if (errno != EINVAL)
+            return false;
+        // A file system without that operation: making a second name never replaces anything.
+        return ::link(from.c_str(), to.c_str()) == 0 && ::unlink(from.c_str()) == 0;
+    }
+
 } // namespace
 
 std::string resolvedPath(const std::string& path)
@@ -109,7 +192,7 @@ std::string resolvedPath(const std::string& path)
     return resolved.string();
 }
 
-FileContents readFile(const std::string& path)
+FileContents readFile(const std::string& path, std::size_t largest)
 {
     // Not to block on a pipe that stands where a file is expected.
     const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
@@ -121,6 +204,7 @@ FileContents readFile(const std::string& path)
     if (!S_ISREG(status.st_mode))
         return { {}, false, path + ": not a regular file" };
     std::string text;
+    text.reserve(std::min(static_cast<std::size_t>(status.st_size), largest) + 1);
     std::array<char, 16384> block;
     for (;;) {
         const auto count = ::read(file.get(), block.data(), block.size());
@@ -131,33 +215,35 @@ FileContents readFile(const std::string& path)
         if (count == 0)
             return { std::move(text), false, {} };
         text.append(block.data(), static_cast<std::size_t>(count));
-        if (text.size() > largestFile)
-            return { {}, false, path + ": larger than 16 MiB" };
+        if (text.size() > largest)
+            return { {}, false, fmt::format("{}: larger than {} MiB", path, largest >> 20) };
     }
 }
 
 FileResult replaceFile(
     const std::string& path, std::string_view contents, FilePermissions permissions)
 {
-    const auto target = resolvedPath(path);
-    struct stat original { };
-    const auto exists = ::lstat(target.c_str(), &original) == 0;
-    if (!exists && errno != ENOENT)
-        return { describe(target, errno) };
-    if (exists && !S_ISREG(original.st_mode))
-        return { target + ": not a regular file" };
-    const auto mode = exists && permissions == FilePermissions::kept ? original.st_mode & 07777
-                                                                     : S_IRUSR | S_IWUSR;
+    return replace(path, permissions, [contents](std::ostream& out) { out << contents; });
+}
 
-    TemporaryFile temporary(target);
-    if (temporary.descriptor() < 0)
-        return { describe(target, errno) };
-    // The mode comes after the owner, because changing that clears some of its bits.
-    if ((exists && !keepOwnership(temporary.descriptor(), original))
-        || ::fchmod(temporary.descriptor(), mode) != 0 || !temporary.write(contents)
-        || !temporary.moveTo(target) || !syncDirectory(directoryOf(target)))
-        return { describe(target, errno) };
-    return {};
+FileResult replaceFile(const std::string& path, const std::function<void(std::ostream&)>& write)
+{
+    return replace(path, FilePermissions::kept, write);
+}
+
+FileResult setFileAside(const std::string& path, std::string& newName)
+{
+    const auto file = resolvedPath(path);
+    const auto base = fmt::format("{}.damaged-{}", file, timeForName());
+    constexpr int mostPerSecond = 1000;
+    for (int attempt = 1; attempt <= mostPerSecond; ++attempt) {
+        newName = attempt == 1 ? base : fmt::format("{}-{}", base, attempt);
+        if (renameToUnused(file, newName))
+            return {};
+        if (errno != EEXIST)
+            break;
+    }
+    return { describe(base, errno) };
 }
 
 void removeUnfinishedReplacements(const std::string& path)

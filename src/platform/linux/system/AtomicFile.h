@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+#include <iosfwd>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -33,8 +35,8 @@ enum class FilePermissions {
 /// does not exist yet.
 std::string resolvedPath(const std::string& path);
 
-/// Reads a regular file of up to 16 MiB.
-FileContents readFile(const std::string& path);
+/// Reads a regular file of up to so many bytes.
+FileContents readFile(const std::string& path, std::size_t largest = std::size_t { 16 } << 20);
 
 /// Replaces a regular file, or makes it. A reader sees the old or the new contents, whole, also
 /// after a crash or a power cut; on success they are on the disk. Symbolic links and, for root, the
@@ -42,6 +44,14 @@ FileContents readFile(const std::string& path);
 /// could not be flushed, the new ones are there but may not survive a power cut.
 FileResult replaceFile(
     const std::string& path, std::string_view contents, FilePermissions = FilePermissions::kept);
+
+/// The same with contents that are too large to be held in memory; `write` is called once, unless
+/// it fails before.
+FileResult replaceFile(const std::string& path, const std::function<void(std::ostream&)>& write);
+
+/// Gives a damaged file another name, which is told in `newName`; never replaces anything. Of a
+/// symbolic link it is what it names that moves, so that the link serves its successor.
+FileResult setFileAside(const std::string& path, std::string& newName);
 
 /// Removes what replacements of `path` left behind when they were killed. Only for who makes sure
 /// that none is under way.

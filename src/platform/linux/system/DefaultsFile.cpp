@@ -64,26 +64,6 @@ namespace {
         std::string m_reason;
     };
 
-    std::string timeForName()
-    {
-        const auto now = std::time(nullptr);
-        std::tm parts {};
-        ::localtime_r(&now, &parts);
-        char text[32];
-        return std::string(text, std::strftime(text, sizeof text, "%Y%m%d-%H%M%S", &parts));
-    }
-
-    /// Fails with EEXIST when the new name is taken.
-    bool renameToUnused(const std::string& from, const std::string& to)
-    {
-        if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0)
-            return true;
-        if (errno != EINVAL)
-            return false;
-        // A file system without that operation: making a second name never replaces anything.
-        return ::link(from.c_str(), to.c_str()) == 0 && ::unlink(from.c_str()) == 0;
-    }
-
 } // namespace
 
 void OnceLog::write(const std::string& line)
@@ -181,20 +161,11 @@ UserDefaultsFile::Contents UserDefaultsFile::lookAndRepair() const
 
 FileResult UserDefaultsFile::setAside(const std::string& reason) const
 {
-    // The file itself moves, not a symbolic link to it, so that the link serves its successor.
-    const auto file = resolvedPath(m_path);
-    const auto base = fmt::format("{}.damaged-{}", file, timeForName());
-    constexpr int mostPerSecond = 1000;
-    for (int attempt = 1; attempt <= mostPerSecond; ++attempt) {
-        const auto name = attempt == 1 ? base : fmt::format("{}-{}", base, attempt);
-        if (renameToUnused(file, name)) {
-            m_log.write(fmt::format("Quillox: set aside damaged defaults as {}: {}", name, reason));
-            return {};
-        }
-        if (errno != EEXIST)
-            break;
-    }
-    return { fmt::format("{}: {}", base, std::generic_category().message(errno)) };
+    std::string name;
+    const auto moved = setFileAside(m_path, name);
+    if (moved)
+        m_log.write(fmt::format("Quillox: set aside damaged defaults as {}: {}", name, reason));
+    return moved;
 }
 
 } // namespace quillox

@@ -17,6 +17,8 @@ namespace {
         = "return new Promise(done => requestAnimationFrame(() => requestAnimationFrame(done)))";
     /// A page that nobody can see draws nothing.
     constexpr RunLoop::Duration longestDrawing = 1s;
+    /// The time that a page has to leave for another.
+    constexpr RunLoop::Duration longestLeaving = 2s;
 
     std::string textOf(const char* text)
     {
@@ -73,13 +75,24 @@ NavigationDelegate& PageLoad::delegate() const
 
 void PageLoad::load(const UrlRequest& request)
 {
+    m_insistenceTimer.reset();
     m_timeout = request.timeout;
     m_requestedURL = request.url;
     webkit_web_view_load_uri(m_view, request.url.c_str());
 }
 
+void PageLoad::loadInsistently(const UrlRequest& request)
+{
+    load(request);
+    m_insistenceTimer = m_runLoop.after(longestLeaving, [this] {
+        m_isMakingRoom = true;
+        webkit_web_view_terminate_web_process(m_view);
+    });
+}
+
 void PageLoad::reload()
 {
+    m_insistenceTimer.reset();
     // The engine loads nothing again that was never committed, or that its process took along.
     if (!m_isPageLost)
         return webkit_web_view_reload(m_view);
@@ -90,10 +103,11 @@ void PageLoad::reload()
 void PageLoad::stop()
 {
     m_timer.reset();
+    m_insistenceTimer.reset();
     webkit_web_view_stop_loading(m_view);
 }
 
-void PageLoad::handleProcessEnd()
+bool PageLoad::handleProcessEnd()
 {
     m_timer.reset();
     cancelDrawing();
@@ -102,6 +116,10 @@ void PageLoad::handleProcessEnd()
     // The engine shows its background where the page was.
     constexpr GdkRGBA black { 0, 0, 0, 1 };
     webkit_web_view_set_background_color(m_view, &black);
+    if (!std::exchange(m_isMakingRoom, false))
+        return false;
+    load({ .url = m_requestedURL, .timeout = m_timeout });
+    return true;
 }
 
 void PageLoad::waitFor(RunLoop::Duration duration)
@@ -136,6 +154,7 @@ void PageLoad::handleCommit()
             { LoadError::Domain::UrlLoading, urlErrors::badServerResponse,
                 "the engine refuses the server's port" });
     }
+    m_insistenceTimer.reset();
     m_committedURL = url;
     m_isPageLost = false;
     m_phase = LoadPhase::Committed;
@@ -208,6 +227,7 @@ void PageLoad::handleDrawn()
 void PageLoad::handleFailure(WebKitLoadEvent event, const LoadError& engineError)
 {
     m_timer.reset();
+    m_insistenceTimer.reset();
     m_hasFailed = true;
     m_phase = LoadPhase::Idle;
     const auto error = std::exchange(m_failure, std::nullopt).value_or(engineError);

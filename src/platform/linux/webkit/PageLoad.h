@@ -24,6 +24,7 @@ public:
     void setDelegate(NavigationDelegate* delegate) { m_delegate = delegate; }
 
     void load(const UrlRequest&);
+    void loadInsistently(const UrlRequest&);
     void reload();
     void stop();
     LoadPhase phase() const { return m_phase; }
@@ -36,8 +37,9 @@ public:
     /// port and says nothing else.
     void expectEmptyPage() { m_expectsEmptyPage = true; }
 
-    /// The page went with its process.
-    void handleProcessEnd();
+    /// The page went with its process. True when that was to make room for another, which is being
+    /// loaded.
+    bool handleProcessEnd();
 
 private:
     void handleChange(WebKitLoadEvent);
@@ -69,6 +71,8 @@ private:
     Handle m_timer;
     GObjectOwner<GCancellable> m_drawing; ///< While the finished page is awaited on the screen.
     Handle m_drawingTimer;
+    Handle m_insistenceTimer; ///< Runs while the present page has time to leave.
+    bool m_isMakingRoom = false;
     GObjectOwner<WebKitWebResource> m_mainResource;
 };
 
