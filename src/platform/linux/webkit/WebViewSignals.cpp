@@ -1,5 +1,9 @@
 #include "platform/linux/webkit/WebViewSignals.h"
 
+#include "platform/linux/system/GlibOwner.h"
+
+#include <libsoup/soup.h>
+
 namespace quillox {
 
 namespace {
@@ -41,11 +45,6 @@ namespace {
         return TRUE;
     }
 
-    GtkWidget* openNoWindow(WebKitWebView*, WebKitNavigationAction*, gpointer)
-    {
-        return nullptr;
-    }
-
     /// Scripts open lists too. A view that may not have the keyboard must not take it that way.
     gboolean refuseListWhileShutOut(
         WebKitWebView* view, WebKitOptionMenu* menu, GdkRectangle*, gpointer)
@@ -62,7 +61,24 @@ namespace {
             gtk_widget_set_has_tooltip(view, FALSE);
     }
 
+    struct HashTableUnref {
+        void operator()(GHashTable* table) const { g_hash_table_unref(table); }
+    };
+
 } // namespace
+
+bool isMeantToBeSaved(WebKitURIResponse* response)
+{
+    auto* headers = webkit_uri_response_get_http_headers(response);
+    char* disposition = nullptr;
+    GHashTable* parameters = nullptr;
+    if (!headers
+        || !soup_message_headers_get_content_disposition(headers, &disposition, &parameters))
+        return false;
+    const GTextOwner owner(disposition);
+    const std::unique_ptr<GHashTable, HashTableUnref> parametersOwner(parameters);
+    return g_ascii_strcasecmp(disposition, "inline") != 0;
+}
 
 void refuseEverythingElse(WebKitWebView* view)
 {
@@ -73,7 +89,6 @@ void refuseEverythingElse(WebKitWebView* view)
     g_signal_connect(view, "authenticate", G_CALLBACK(withholdCredential), nullptr);
     g_signal_connect(view, "print", G_CALLBACK(showNothing), nullptr);
     g_signal_connect(view, "show-notification", G_CALLBACK(showNothing), nullptr);
-    g_signal_connect(view, "create", G_CALLBACK(openNoWindow), nullptr);
     g_signal_connect(view, "show-option-menu", G_CALLBACK(refuseListWhileShutOut), nullptr);
     g_signal_connect(view, "notify::has-tooltip", G_CALLBACK(removeTooltip), nullptr);
 }

@@ -176,9 +176,9 @@ void WebViewWebKit::endPageProcess()
 
 void WebViewWebKit::handleProcessEnd(WebKitWebProcessTerminationReason reason)
 {
-    m_load.handleProcessEnd();
     cancelPing();
-    if (!m_navigationDelegate)
+    const bool isReplaced = m_load.handleProcessEnd();
+    if (isReplaced || !m_navigationDelegate)
         return;
     switch (reason) {
     case WEBKIT_WEB_PROCESS_CRASHED:
@@ -224,7 +224,8 @@ bool WebViewWebKit::isAnswerAccepted(WebKitResponsePolicyDecision* decision)
             "the server has an error of its own" });
         return false;
     }
-    return webkit_response_policy_decision_is_mime_type_supported(decision);
+    return webkit_response_policy_decision_is_mime_type_supported(decision)
+        && !isMeantToBeSaved(response);
 }
 
 void WebViewWebKit::loadInPlaceOfNewWindow(WebKitNavigationAction* action)
