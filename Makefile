@@ -24,10 +24,15 @@ test:
 bench: build
 	tools/install-packages bench
 	cmake --preset bench
-	cmake --build --preset bench --target bare_window tap_decision
+	cmake --build --preset bench --target bare_window tap_decision site_rules usage_event usage_store
 	build/bench/benchmarks/tap_decision
+	build/bench/benchmarks/site_rules
+	build/bench/benchmarks/usage_event
+	build/bench/benchmarks/usage_store
 	/usr/bin/python3 benchmarks/hold_timing.py
 	/usr/bin/python3 benchmarks/key_latency.py
+	/usr/bin/python3 benchmarks/local_scheme.py
+	/usr/bin/python3 benchmarks/recovery.py
 	/usr/bin/python3 benchmarks/first_paint.py
 
 clean:

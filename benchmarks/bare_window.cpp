@@ -1,6 +1,7 @@
 // The smallest honest rival: one full-screen engine window, tuned as the kiosk tunes itself, that
 // locks nothing. What Quillox costs over it is the price of the seal. With --bar, a progress bar
-// that never rests is laid over the page.
+// that never rests is laid over the page; with --reload, a page whose process ended is loaded again
+// at once.
 
 #include <filesystem>
 #include <memory>
@@ -54,13 +55,22 @@ GtkWidget* makeBar()
 struct Scene {
     const char* address;
     bool hasBar;
+    bool reloads;
 };
+
+void load(WebKitWebView* view, WebKitWebProcessTerminationReason, gpointer scene)
+{
+    // What reloading brings back would not be drawn.
+    webkit_web_view_load_uri(view, static_cast<const Scene*>(scene)->address);
+}
 
 void handleActivate(GtkApplication* application, gpointer data)
 {
     const auto& scene = *static_cast<const Scene*>(data);
     GtkWidget* window = gtk_application_window_new(application);
     GtkWidget* view = webkit_web_view_new();
+    if (scene.reloads)
+        g_signal_connect(view, "web-process-terminated", G_CALLBACK(load), data);
     if (scene.hasBar) {
         GtkWidget* overlay = gtk_overlay_new();
         gtk_overlay_set_child(GTK_OVERLAY(overlay), view);
@@ -78,11 +88,12 @@ void handleActivate(GtkApplication* application, gpointer data)
 int main(int argc, char** argv)
 {
     const bool hasBar = argc == 3 && g_str_equal(argv[2], "--bar");
-    if (argc != 2 && !hasBar) {
-        g_printerr("usage: bare_window ADDRESS [--bar]\n");
+    const bool reloads = argc == 3 && g_str_equal(argv[2], "--reload");
+    if (argc != 2 && !hasBar && !reloads) {
+        g_printerr("usage: bare_window ADDRESS [--bar | --reload]\n");
         return 2;
     }
-    Scene scene { argv[1], hasBar };
+    Scene scene { argv[1], hasBar, reloads };
     if (!hasGpu())
         g_setenv("GDK_DEBUG", "gl-disable", FALSE);
     const std::unique_ptr<GtkApplication, decltype(&g_object_unref)> application(

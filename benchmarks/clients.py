@@ -38,16 +38,17 @@ class Client:
     prescribed_wait: float = 0.0
 
 
-def quillox(program: str) -> Client:
+def quillox(program: str, name: str = "quillox", **source: str) -> Client:
+    """Sealed on the stage's page, or on another source that the settings name."""
     def prepare(profile: Path, address: str) -> list[str]:
         defaults = profile / "config/Quillox/defaults.json"
         if not defaults.exists():
             defaults.parent.mkdir(parents=True)
-            settings = {"url": address, "autoStartKiosk": True, "autoUpdate": False}
+            settings = {"url": address, "autoStartKiosk": True, "autoUpdate": False, **source}
             defaults.write_text(json.dumps({"hasOnboarded": True, "kioskSettings": settings}))
         return [program]
 
-    return Client("quillox", prepare, COUNTDOWN_SECONDS)
+    return Client(name, prepare, COUNTDOWN_SECONDS)
 
 
 def bare(program: str) -> Client:
@@ -71,6 +72,7 @@ class Launcher:
     def __init__(self, stage: Stage, folder: Path):
         self.stage = stage
         self.folder = folder
+        self.leader = 0  # The process of the client that is shown.
 
     def environment(self, profile: Path) -> dict[str, str]:
         runtime = profile / "run"
@@ -97,6 +99,7 @@ class Launcher:
             start = time.monotonic()
             process = subprocess.Popen(command, env=environment, stdin=subprocess.DEVNULL,
                                        stdout=output, stderr=output, start_new_session=True)
+        self.leader = process.pid
         try:
             painted = self.await_page(process, start)
             if painted is None:

@@ -47,7 +47,12 @@ def pages_of(site: Path) -> dict[str, tuple[str, bytes]]:
     return pages
 
 
-def serve(pages: dict[str, tuple[str, bytes]], port) -> None:
+class Server(ThreadingHTTPServer):
+    def handle_error(self, *_) -> None:
+        """A client that is ended in the middle of a request is no news."""
+
+
+def serve(pages: dict[str, tuple[str, bytes]], port, host: str = "127.0.0.1") -> None:
     class Handler(BaseHTTPRequestHandler):
         protocol_version = "HTTP/1.1"
 
@@ -63,7 +68,7 @@ def serve(pages: dict[str, tuple[str, bytes]], port) -> None:
         def log_message(self, *_) -> None:
             pass
 
-    server = ThreadingHTTPServer(("127.0.0.1", 0), Handler)
+    server = Server((host, 0), Handler)
     port.send(server.server_port)
     server.serve_forever()
 
@@ -103,10 +108,13 @@ class Stage:
         self.cleanup.callback(process.terminate)
         return process
 
+    def pages(self) -> dict[str, tuple[str, bytes]]:
+        return pages_of(self.site)
+
     def start_server(self) -> None:
         # In a process of its own, so that serving never delays the look at the screen.
         receiver, sender = multiprocessing.Pipe(duplex=False)
-        server = multiprocessing.Process(target=serve, args=(pages_of(self.site), sender))
+        server = multiprocessing.Process(target=serve, args=(self.pages(), sender))
         server.start()
         self.helpers.add(server.pid)
         self.cleanup.callback(server.join)

@@ -19,7 +19,8 @@ namespace {
 
     void finish(WebKitURISchemeRequest* request, const SchemeResponse& response)
     {
-        const auto stream = makeSliceStream(response);
+        const auto stream
+            = makeSliceStream(response, webkit_uri_scheme_request_get_web_view(request));
         const GObjectOwner<WebKitURISchemeResponse> answer(
             webkit_uri_scheme_response_new(stream.get(), static_cast<gint64>(response.length)));
         webkit_uri_scheme_response_set_status(answer.get(), response.status, nullptr);
