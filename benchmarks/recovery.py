@@ -29,7 +29,7 @@ COUNTER_POINT = (WIDTH // 2, HEIGHT // 2)
 COUNTER = ('<i style="position:fixed;z-index:9;left:50%;top:50%;width:64px;height:64px;'
            'margin:-32px;background:rgb(200,0,{})"></i></body>')
 # A page that has lived for ten seconds is a good one, whose next end is the first in a row.
-LIFE_SECONDS = 1.6
+LIFE_SECONDS = 10.5
 DEADLINE_SECONDS = 30
 CLONE_NEWNET = 0x40000000
 Value = TypeVar("Value")

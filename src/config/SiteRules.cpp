@@ -1,5 +1,6 @@
 #include "config/SiteRules.h"
 
+#include "config/PercentEscapes.h"
 #include "support/CanonicalText.h"
 
 #include <algorithm>
@@ -23,8 +24,6 @@ namespace {
             && host[host.size() - domain.size() - 1] == '.';
     }
 
-    /// Only what is escaped twice, or has escaped slashes, still has such a part once it is
-    /// decoded; a server may decode it again and lead elsewhere.
     bool hasDotSegment(std::string_view path)
     {
         while (true) {
@@ -36,6 +35,19 @@ namespace {
                 return false;
             path.remove_prefix(slash + 1);
         }
+    }
+
+    /// Only what was escaped more than once, or has escaped slashes, still has such parts when it
+    /// comes here; a server may decode it again and again, and lead elsewhere.
+    bool mayLeadUp(std::string path)
+    {
+        while (!hasDotSegment(path)) {
+            auto decoded = percentDecoded(path);
+            if (!decoded || *decoded == path)
+                return false;
+            path = std::move(*decoded);
+        }
+        return true;
     }
 
 } // namespace
@@ -119,8 +131,7 @@ bool SiteRules::isInSection(const Url& url) const
     const auto& path = url.path();
     if (path == *m_pathPrefix)
         return true;
-    return path.starts_with(*m_pathPrefix) && path[m_pathPrefix->size()] == '/'
-        && !hasDotSegment(path);
+    return path.starts_with(*m_pathPrefix) && path[m_pathPrefix->size()] == '/' && !mayLeadUp(path);
 }
 
 } // namespace quillox

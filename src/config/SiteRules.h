@@ -19,6 +19,9 @@ public:
     /// for every path; the start host only for its own section where the settings say so.
     bool isAllowed(const Url&) const;
 
+    /// The host of the start address; none where that is no remote one.
+    const std::optional<std::string>& startHost() const { return m_startHost; }
+
     /// Whether nothing at all is refused.
     bool allowsEverything() const { return !m_restrictsDomain; }
 

@@ -74,6 +74,7 @@ void Connectivity::handleMissingPage()
 
 void Connectivity::coverPage()
 {
+    m_retryTimer.reset();
     if (m_source != Source::LocalFolder)
         m_model.offline.set(true);
 }

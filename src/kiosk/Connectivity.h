@@ -51,7 +51,7 @@ public:
     /// There is no page at all to look at, for whatever reason: the notice, and another try.
     void handleMissingPage();
 
-    /// Covers the page without trying for another one, which somebody else does.
+    /// Covers the page without trying for another one, which from now on somebody else does.
     void coverPage();
     void handleFinishedLoad();
 

@@ -80,18 +80,24 @@ void KioskController::startGuards()
     m_sleepBlocker.start();
 }
 
+std::chrono::seconds KioskController::idleLimit() const
+{
+    // Whatever was typed: nobody waits for more than a year.
+    return std::chrono::seconds(
+        std::clamp<std::int64_t>(m_settings.idleResetSeconds, 0, 366 * 86400));
+}
+
 void KioskController::startIdleWatch()
 {
-    m_idleWatch.start(std::chrono::seconds(m_settings.idleResetSeconds),
+    m_idleWatch.start(idleLimit(),
         [this] { m_webView->view().loadInsistently({ .url = m_currentStartURL->text() }); });
 }
 
 void KioskController::startUsageTracking()
 {
-    const auto gap = m_settings.idleResetSeconds >= 1
-        ? std::chrono::seconds(m_settings.idleResetSeconds)
-        : defaultSessionGap;
-    m_machine.usageTracker.begin(m_settings.usageSourceKey(), gap);
+    const auto gap = idleLimit();
+    m_machine.usageTracker.begin(
+        m_settings.usageSourceKey(), gap >= std::chrono::seconds(1) ? gap : defaultSessionGap);
     m_usageMonitor = m_machine.eventMonitors.addLocalMonitor(activityMask, [this](const Event&) {
         m_machine.usageTracker.recordActivity(m_machine.runLoop.now());
         return EventMonitors::Verdict::Pass;
@@ -213,6 +219,8 @@ void KioskController::endContent()
     m_keyMonitor.reset();
     if (m_savedPresentationOptions)
         m_machine.application.setPresentationOptions(*m_savedPresentationOptions);
+    // What it would tell of a load that ends now concerns nobody any more.
+    m_webView->view().setNavigationDelegate(nullptr);
     m_webView->stopLoading();
     m_window->orderOut();
     m_window->setContentView(nullptr);

@@ -105,6 +105,7 @@ private:
     Rect webViewFrame() const;
     Rect notchBarFrame() const;
     void startGuards();
+    std::chrono::seconds idleLimit() const;
     void startIdleWatch();
     void startUsageTracking();
     void stopUsageTracking();
@@ -158,8 +159,7 @@ private:
     bool m_isActive = false;
     std::optional<PresentationOptions> m_savedPresentationOptions;
 
-    // The views go before the window whose content they are, and the web view before both
-    // delegates' owner.
+    // The views go before the window whose content they are.
     std::unique_ptr<KioskWindow> m_window;
     std::unique_ptr<KioskWebView> m_webView;
     std::unique_ptr<View> m_notchBar;

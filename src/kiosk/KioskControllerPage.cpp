@@ -71,7 +71,9 @@ void KioskController::didFinishNavigation()
 void KioskController::didFailProvisionalNavigation(const LoadError& error)
 {
     m_connectivity.handleLoadFailure(error);
-    if (!m_hasPage && error.domain == LoadError::Domain::Engine)
+    // Nobody waits for a page that the engine would not show; but something must be there.
+    const bool showsNothing = !m_hasPage || m_connectivity.model().offline.get();
+    if (showsNothing && error.domain == LoadError::Domain::Engine)
         m_connectivity.handleMissingPage();
 }
 

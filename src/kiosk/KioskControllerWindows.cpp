@@ -25,14 +25,12 @@ namespace {
             && inner.y + inner.height <= outer.y + outer.height;
     }
 
-    Connectivity::Source sourceOf(const KioskSettings& settings)
+    Connectivity::Source sourceOf(const KioskSettings& settings, const SiteRules& rules)
     {
         if (settings.isLocalSource())
             return Connectivity::Source::LocalFolder;
-        const auto start = settings.startURL();
-        return start && isLoopbackHost(start->host().value_or(""))
-            ? Connectivity::Source::ThisMachine
-            : Connectivity::Source::Network;
+        return isLoopbackHost(rules.startHost().value_or("")) ? Connectivity::Source::ThisMachine
+                                                              : Connectivity::Source::Network;
     }
 
     constexpr Autoresizing fill { .width = true, .height = true };
@@ -86,7 +84,7 @@ void KioskController::buildContent(Container& container)
     container.add(page, webViewFrame(), fill);
     m_notchColor.set(Color::black());
     placeNotchBar(container);
-    m_connectivity.reset(sourceOf(m_settings));
+    m_connectivity.reset(sourceOf(m_settings, *m_siteRules));
     m_offlineHost = m_machine.kioskViews.makeOfflineNotice(m_connectivity.model());
     container.add(*m_offlineHost, everything, fill);
     if (!m_settings.isLocalSource())

@@ -15,6 +15,9 @@ namespace {
     /// waiting behind it.
     constexpr RunLoop::Duration heldUp = 1s;
 
+    /// A page that ends its process that often in a row is given up for the start page.
+    constexpr int incidentsPerPage = 4;
+
     /// Some pages never finish, because they always wait for more.
     constexpr RunLoop::Duration unfinishedHealthyTime = 60s;
 
@@ -31,6 +34,7 @@ void PageGuard::start(WebView& view)
 {
     stop();
     m_view = &view;
+    m_pingTimer = m_runLoop.every(pingInterval, [this] { ping(); });
 }
 
 void PageGuard::stop()
@@ -38,6 +42,7 @@ void PageGuard::stop()
     m_view = nullptr;
     for (auto* timer : { &m_pingTimer, &m_answerTimer, &m_reloadTimer })
         timer->reset();
+    m_hasCommitted = false;
     m_incidentsInARow = 0;
     m_healthyAt.reset();
 }
@@ -45,9 +50,10 @@ void PageGuard::stop()
 void PageGuard::handleCommittedLoad()
 {
     m_healthyAt = m_runLoop.monotonicNow() + unfinishedHealthyTime;
+    m_hasCommitted = true;
     m_reloadTimer.reset();
-    if (!m_pingTimer)
-        m_pingTimer = m_runLoop.every(pingInterval, [this] { ping(); });
+    // Another process may be asked from now on.
+    m_answerTimer.reset();
 }
 
 void PageGuard::handleFinishedLoad()
@@ -57,10 +63,11 @@ void PageGuard::handleFinishedLoad()
 
 void PageGuard::ping()
 {
-    if (m_answerTimer)
+    if (m_answerTimer || m_reloadTimer)
         return;
-    const auto due = m_runLoop.monotonicNow() + answerPatience;
-    m_answerTimer = m_runLoop.after(answerPatience, [this, due] { handleSilence(due); });
+    const auto patience = m_hasCommitted ? answerPatience : startPatience;
+    const auto due = m_runLoop.monotonicNow() + patience;
+    m_answerTimer = m_runLoop.after(patience, [this, due] { handleSilence(due); });
     m_view->ping(m_lifetime.guard([this] { m_answerTimer.reset(); }));
 }
 
@@ -73,8 +80,8 @@ void PageGuard::handleSilence(RunLoop::MonotonicTime due)
 
 void PageGuard::handlePageProcessEnd(PageProcessEnd end)
 {
-    m_pingTimer.reset();
     m_answerTimer.reset();
+    m_hasCommitted = false;
     m_delegate.coverPage();
     switch (end) {
     case PageProcessEnd::Crashed:
@@ -83,6 +90,9 @@ void PageGuard::handlePageProcessEnd(PageProcessEnd end)
         return recover("the page's process took too much memory and was ended");
     case PageProcessEnd::Requested:
         return recover("the page's process did not answer and was ended");
+    case PageProcessEnd::MadeRoom:
+        m_reloadTimer.reset();
+        return m_log.write("Quillox: the page would not leave; its process was ended.");
     }
 }
 
@@ -94,6 +104,7 @@ void PageGuard::handleNetworkProcessEnd()
 void PageGuard::recover(std::string_view incident)
 {
     const auto pause = nextPause();
+    m_reloadTimer.reset();
     if (pause == 0s) {
         m_log.write(fmt::format("Quillox: {}; loading the page again.", incident));
         m_delegate.reloadPage();
@@ -101,7 +112,18 @@ void PageGuard::recover(std::string_view incident)
     }
     m_log.write(
         fmt::format("Quillox: {}; loading the page again in {} s.", incident, pause.count()));
-    m_reloadTimer = m_runLoop.after(pause, [this] { m_delegate.reloadPage(); });
+    m_reloadTimer = m_runLoop.after(pause, [this] {
+        m_reloadTimer.reset();
+        loadSomePage();
+    });
+}
+
+void PageGuard::loadSomePage()
+{
+    if (m_incidentsInARow < incidentsPerPage)
+        m_delegate.reloadPage();
+    else
+        m_delegate.loadStartPage();
 }
 
 std::chrono::seconds PageGuard::nextPause()

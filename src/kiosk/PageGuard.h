@@ -23,6 +23,7 @@ public:
     public:
         virtual ~Delegate() = default;
         virtual void reloadPage() = 0;
+        virtual void loadStartPage() = 0;
         /// Hides what is left of the page until one is there again.
         virtual void coverPage() = 0;
     };
@@ -30,9 +31,11 @@ public:
     /// A page that hangs is noticed within the sum of both.
     static constexpr std::chrono::seconds pingInterval { 4 };
     static constexpr std::chrono::seconds answerPatience { 5 };
+    /// A process that has shown nothing yet is still being started.
+    static constexpr std::chrono::seconds startPatience { 30 };
     /// A page that lived this long after it was finished, or for a minute in any case, counts as a
     /// good one; its next crash is the first.
-    static constexpr std::chrono::seconds healthyTime { 1 };
+    static constexpr std::chrono::seconds healthyTime { 10 };
     static constexpr std::chrono::seconds longestPause { 60 };
 
     /// The memory that a page may take, in MiB, on a machine with so much: half of it, between
@@ -57,6 +60,7 @@ private:
     void ping();
     void handleSilence(RunLoop::MonotonicTime due);
     void recover(std::string_view incident);
+    void loadSomePage();
     std::chrono::seconds nextPause();
 
     RunLoop& m_runLoop;
@@ -67,6 +71,7 @@ private:
     Handle m_pingTimer;
     Handle m_answerTimer; ///< Runs while an answer is awaited.
     Handle m_reloadTimer;
+    bool m_hasCommitted = false; ///< Since the process was started.
     int m_incidentsInARow = 0;
     std::optional<RunLoop::MonotonicTime> m_healthyAt; ///< None before anything was committed.
     Lifetime m_lifetime;

@@ -34,4 +34,10 @@ namespace urlErrors {
     constexpr int secureConnectionFailed = -1200;
 } // namespace urlErrors
 
+/// Whether an answer with this HTTP status is none: the server has failed, for the page itself.
+constexpr bool isServerError(unsigned status)
+{
+    return status >= 500;
+}
+
 } // namespace quillox

@@ -57,6 +57,7 @@ enum class PageProcessEnd {
     Crashed,
     ExceededMemoryLimit,
     Requested, ///< By `WebView::endPageProcess`.
+    MadeRoom, ///< It would not leave for `WebView::loadInsistently`, which goes on by itself.
 };
 
 /// What the engine asks and tells while it navigates. Addresses are as the engine has read them:
@@ -127,11 +128,13 @@ public:
 
     virtual void load(const UrlRequest&) = 0;
 
-    /// The same, and nothing that the present page does can stop it: where nothing was committed and
-    /// nothing failed within 2 seconds, the page's process is ended and the request made again.
+    /// The same, and nothing that the present page does can stop it: while the load has not begun
+    /// after 2 seconds, or other loads of the page take its place, the page's process is ended and
+    /// the request made again. It is over when it was committed or failed.
     virtual void loadInsistently(const UrlRequest&) = 0;
 
-    /// Loads the page again that was committed last, or, when none was, what `load` last asked for.
+    /// Loads the page again that was committed last. When none was, or when the page's process
+    /// ended in the middle of `loadInsistently`, it is what was last asked for.
     virtual void reload() = 0;
     virtual void stopLoading() = 0;
     virtual LoadPhase loadPhase() const = 0;

@@ -158,13 +158,14 @@ namespace {
             delegate().pageProcessDidEnd(PageProcessEnd::Crashed);
         runLoop.advance(1min);
         EXPECT_FALSE(isCovered());
+        EXPECT_EQ(page().reloads, 2);
     }
 
     TEST_F(KioskPageTest, BringsACrashedPageBackWithGrowingPauses)
     {
         start();
         page().show(home);
-        runLoop.advance(1s);
+        runLoop.advance(10s);
         delegate().pageProcessDidEnd(PageProcessEnd::Crashed);
         EXPECT_EQ(page().reloads, 1);
         EXPECT_TRUE(isCovered());
@@ -173,20 +174,44 @@ namespace {
         page().show(home);
         EXPECT_FALSE(isCovered());
 
-        int reloads = 1;
+        // A page that is the same trouble again and again is given up for the start page.
+        auto before = loads();
         for (const auto pause : { 1s, 2s, 4s, 8s, 16s, 32s, 60s, 60s }) {
             delegate().pageProcessDidEnd(PageProcessEnd::ExceededMemoryLimit);
             EXPECT_TRUE(isCovered());
             runLoop.advance(pause - 1ms);
-            EXPECT_EQ(page().reloads, reloads) << pause.count();
+            EXPECT_EQ(loads(), before) << pause.count();
             runLoop.advance(1ms);
-            EXPECT_EQ(page().reloads, ++reloads);
+            EXPECT_EQ(loads(), ++before);
         }
+        EXPECT_EQ(page().reloads, 3);
         page().show(home);
-        runLoop.advance(1s);
+        runLoop.advance(10s);
         delegate().networkProcessDidEnd();
-        EXPECT_EQ(page().reloads, reloads + 1);
+        EXPECT_EQ(page().reloads, 4);
         EXPECT_EQ(log.lines().size(), 10U);
+    }
+
+    TEST_F(KioskPageTest, FindsAnotherPageWhenTheReloadedOneLeadsNowhere)
+    {
+        start();
+        page().show(home);
+        runLoop.advance(10s);
+        delegate().pageProcessDidEnd(PageProcessEnd::Crashed);
+        delegate().didCommitNavigation();
+        delegate().didFailProvisionalNavigation(cancelled);
+        delegate().didFailProvisionalNavigation(interrupted);
+        runLoop.advance(5s);
+        EXPECT_EQ(page().reloads, 2);
+
+        // The pauses after a crash take the place of the retries.
+        delegate().pageProcessDidEnd(PageProcessEnd::Crashed);
+        runLoop.advance(900ms);
+        EXPECT_EQ(page().reloads, 2);
+        delegate().pageProcessDidEnd(PageProcessEnd::MadeRoom);
+        EXPECT_TRUE(isCovered());
+        runLoop.advance(1min);
+        EXPECT_EQ(page().reloads, 2);
     }
 
     TEST_F(KioskPageTest, EndsAPageThatHangs)
@@ -194,6 +219,12 @@ namespace {
         start();
         page().show(home);
         runLoop.advance(20s);
+        EXPECT_EQ(page().reloads, 0);
+        page().isHung = true;
+        runLoop.advance(4s); // Asked in vain; but there is another page now.
+        page().isHung = false;
+        page().show(home);
+        runLoop.advance(1min);
         EXPECT_EQ(page().reloads, 0);
         page().isHung = true;
         runLoop.advance(9s);

@@ -30,6 +30,8 @@ namespace {
         Row { network, WEBKIT_NETWORK_ERROR_CANCELLED, Domain::UrlLoading, urlErrors::cancelled },
         Row { network, WEBKIT_NETWORK_ERROR_UNKNOWN_PROTOCOL, Domain::Engine,
             WEBKIT_NETWORK_ERROR_UNKNOWN_PROTOCOL },
+        Row { "WebKitPolicyError", WEBKIT_POLICY_ERROR_CANNOT_USE_RESTRICTED_PORT,
+            Domain::UrlLoading, urlErrors::badServerResponse },
         Row { "WebKitPolicyError", {}, Domain::Engine, 0 },
         Row { "WebKitMediaError", {}, Domain::Engine, 0 },
         Row { resolver, {}, Domain::UrlLoading, urlErrors::cannotFindHost },

@@ -6,8 +6,8 @@
 
 namespace quillox {
 
-/// What the engine's error is in the terms of the core. Every error has a row; one that is not
-/// known counts as a loading error of unknown cause.
+/// What the engine's error is in the terms of the core. One that is not known counts as a loading
+/// error of unknown cause.
 LoadError translateLoadError(const GError&);
 
 } // namespace quillox

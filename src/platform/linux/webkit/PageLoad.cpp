@@ -3,6 +3,7 @@
 #include "platform/linux/webkit/LoadErrorsWebKit.h"
 
 #include <string_view>
+#include <utility>
 
 namespace quillox {
 
@@ -54,7 +55,7 @@ PageLoad::PageLoad(WebKitWebView* view, RunLoop& runLoop)
     connect("notify::estimated-load-progress",
         G_CALLBACK(+[](WebKitWebView*, GParamSpec*, gpointer self) {
             auto* load = static_cast<PageLoad*>(self);
-            if (load->m_phase == LoadPhase::Committed)
+            if (load->m_phase == LoadPhase::Committed && !load->m_isDocumentComplete)
                 load->waitFor(load->m_timeout);
         }));
 }
@@ -75,7 +76,7 @@ NavigationDelegate& PageLoad::delegate() const
 
 void PageLoad::load(const UrlRequest& request)
 {
-    m_insistenceTimer.reset();
+    endInsistence();
     m_timeout = request.timeout;
     m_requestedURL = request.url;
     webkit_web_view_load_uri(m_view, request.url.c_str());
@@ -84,15 +85,31 @@ void PageLoad::load(const UrlRequest& request)
 void PageLoad::loadInsistently(const UrlRequest& request)
 {
     load(request);
-    m_insistenceTimer = m_runLoop.after(longestLeaving, [this] {
-        m_isMakingRoom = true;
-        webkit_web_view_terminate_web_process(m_view);
-    });
+    m_insistence.emplace().timer = m_runLoop.every(longestLeaving, [this] { insist(); });
+}
+
+void PageLoad::insist()
+{
+    // A page that has let go only waits for the server now.
+    if (isInsistedLoad())
+        return;
+    m_isMakingRoom = true;
+    webkit_web_view_terminate_web_process(m_view);
+}
+
+void PageLoad::endInsistence()
+{
+    m_insistence.reset();
+}
+
+bool PageLoad::isInsistedLoad() const
+{
+    return m_insistence && m_insistence->isUnderway && !m_insistence->isSuperseded;
 }
 
 void PageLoad::reload()
 {
-    m_insistenceTimer.reset();
+    endInsistence();
     // The engine loads nothing again that was never committed, or that its process took along.
     if (!m_isPageLost)
         return webkit_web_view_reload(m_view);
@@ -103,7 +120,7 @@ void PageLoad::reload()
 void PageLoad::stop()
 {
     m_timer.reset();
-    m_insistenceTimer.reset();
+    endInsistence();
     webkit_web_view_stop_loading(m_view);
 }
 
@@ -116,10 +133,10 @@ bool PageLoad::handleProcessEnd()
     // The engine shows its background where the page was.
     constexpr GdkRGBA black { 0, 0, 0, 1 };
     webkit_web_view_set_background_color(m_view, &black);
-    if (!std::exchange(m_isMakingRoom, false))
-        return false;
-    load({ .url = m_requestedURL, .timeout = m_timeout });
-    return true;
+    if (m_insistence)
+        m_committedURL = m_requestedURL;
+    endInsistence();
+    return std::exchange(m_isMakingRoom, false);
 }
 
 void PageLoad::waitFor(RunLoop::Duration duration)
@@ -133,6 +150,8 @@ void PageLoad::handleChange(WebKitLoadEvent event)
     case WEBKIT_LOAD_STARTED:
         cancelDrawing();
         m_failure.reset();
+        if (m_insistence)
+            m_insistence->isUnderway = true;
         [[fallthrough]];
     case WEBKIT_LOAD_REDIRECTED:
         m_hasFailed = false;
@@ -148,13 +167,16 @@ void PageLoad::handleChange(WebKitLoadEvent event)
 void PageLoad::handleCommit()
 {
     const auto url = textOf(webkit_web_view_get_uri(m_view));
-    if (url == emptyPage && !std::exchange(m_expectsEmptyPage, false)) {
+    const bool isExpected = std::exchange(m_expectsEmptyPage, false);
+    if (url == emptyPage && !isExpected) {
         m_isPageLost = true;
         return handleFailure(WEBKIT_LOAD_STARTED,
             { LoadError::Domain::UrlLoading, urlErrors::badServerResponse,
                 "the engine refuses the server's port" });
     }
-    m_insistenceTimer.reset();
+    if (isInsistedLoad())
+        endInsistence();
+    m_hasFailed = false;
     m_committedURL = url;
     m_isPageLost = false;
     m_phase = LoadPhase::Committed;
@@ -175,10 +197,18 @@ void PageLoad::watchMainResource()
     m_isDocumentComplete = !resource;
     if (resource) {
         g_signal_connect(resource, "finished", G_CALLBACK(+[](WebKitWebResource*, gpointer self) {
-            static_cast<PageLoad*>(self)->m_isDocumentComplete = true;
+            static_cast<PageLoad*>(self)->handleDocument();
         }),
             this);
     }
+}
+
+void PageLoad::handleDocument()
+{
+    m_isDocumentComplete = true;
+    // Once more: some pages never stop to ask for more.
+    if (m_phase == LoadPhase::Committed)
+        waitFor(m_timeout);
 }
 
 void PageLoad::handleFinish()
@@ -227,10 +257,14 @@ void PageLoad::handleDrawn()
 void PageLoad::handleFailure(WebKitLoadEvent event, const LoadError& engineError)
 {
     m_timer.reset();
-    m_insistenceTimer.reset();
     m_hasFailed = true;
     m_phase = LoadPhase::Idle;
     const auto error = std::exchange(m_failure, std::nullopt).value_or(engineError);
+    const bool isCancelled = error.code == urlErrors::cancelled;
+    if (isCancelled && isInsistedLoad())
+        m_insistence->isSuperseded = true;
+    else if (!isCancelled && isInsistedLoad())
+        endInsistence();
     if (event == WEBKIT_LOAD_COMMITTED)
         delegate().didFailNavigation(error);
     else

@@ -27,7 +27,7 @@ public:
     void loadInsistently(const UrlRequest&);
     void reload();
     void stop();
-    LoadPhase phase() const { return m_phase; }
+    LoadPhase phase() const { return m_drawing ? LoadPhase::Committed : m_phase; }
 
     /// An answer for the page itself that is none; the engine will be told to ignore it, and its
     /// failure counts as this.
@@ -37,19 +37,24 @@ public:
     /// port and says nothing else.
     void expectEmptyPage() { m_expectsEmptyPage = true; }
 
-    /// The page went with its process. True when that was to make room for another, which is being
-    /// loaded.
+    /// The page went with its process. True when that was to make room for another; `loadAgain`
+    /// then loads that.
     bool handleProcessEnd();
+    void loadAgain() { load({ .url = m_requestedURL, .timeout = m_timeout }); }
 
 private:
     void handleChange(WebKitLoadEvent);
     void handleCommit();
+    void handleDocument();
     void handleFinish();
     void awaitDrawing();
     void cancelDrawing();
     void handleDrawn();
     void handleFailure(WebKitLoadEvent, const LoadError&);
     void handleTimeout();
+    void insist();
+    void endInsistence();
+    bool isInsistedLoad() const;
     void waitFor(RunLoop::Duration);
     void watchMainResource();
 
@@ -71,7 +76,14 @@ private:
     Handle m_timer;
     GObjectOwner<GCancellable> m_drawing; ///< While the finished page is awaited on the screen.
     Handle m_drawingTimer;
-    Handle m_insistenceTimer; ///< Runs while the present page has time to leave.
+
+    /// A load that the present page must not stop.
+    struct Insistence {
+        Handle timer;
+        bool isUnderway = false; ///< The engine has begun with it.
+        bool isSuperseded = false; ///< The page began with another one since.
+    };
+    std::optional<Insistence> m_insistence;
     bool m_isMakingRoom = false;
     GObjectOwner<WebKitWebResource> m_mainResource;
 };

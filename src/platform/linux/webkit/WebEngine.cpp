@@ -61,6 +61,8 @@ WebKitNetworkSession* WebEngine::session()
     webkit_cookie_manager_set_persistent_storage(
         webkit_network_session_get_cookie_manager(m_session.get()), (data + "/cookies").c_str(),
         WEBKIT_COOKIE_PERSISTENT_STORAGE_SQLITE);
+    // The desktop's keyring might ask to be unlocked.
+    webkit_network_session_set_persistent_credential_storage_enabled(m_session.get(), FALSE);
     g_signal_connect(m_session.get(), "download-started", G_CALLBACK(cancelDownload), nullptr);
     return m_session.get();
 }

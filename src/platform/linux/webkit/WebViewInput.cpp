@@ -32,12 +32,51 @@ namespace {
         gtk_widget_add_controller(view, filter);
     }
 
+    constexpr auto finishedMark = "quillox-finished";
+
+    void finish(GdkDrag* drag)
+    {
+        if (g_object_get_data(G_OBJECT(drag), finishedMark))
+            return;
+        g_signal_emit_by_name(drag, "dnd-finished");
+        gdk_drag_drop_done(drag, TRUE);
+    }
+
+    void finishSoon(GdkDrag* drag)
+    {
+        constexpr guint patience = 100; // Milliseconds.
+        g_timeout_add_full(
+            G_PRIORITY_DEFAULT, patience,
+            [](gpointer kept) -> gboolean {
+                finish(GDK_DRAG(kept));
+                return G_SOURCE_REMOVE;
+            },
+            g_object_ref(drag), g_object_unref);
+    }
+
+    /// The engine may fail to tell the toolkit that a drop is done: the page would never learn that
+    /// its drag has ended, and the picture of what was dragged would stay.
+    void seeToItsEnd(GdkDrag* drag)
+    {
+        constexpr auto mark = "quillox-seen";
+        if (g_object_get_data(G_OBJECT(drag), mark))
+            return;
+        g_object_set_data(G_OBJECT(drag), mark, drag);
+        g_signal_connect(drag, "drop-performed", G_CALLBACK(finishSoon), nullptr);
+        g_signal_connect(drag, "dnd-finished", G_CALLBACK(+[](GdkDrag* finished, gpointer) {
+            g_object_set_data(G_OBJECT(finished), finishedMark, finished);
+        }),
+            nullptr);
+    }
+
     gboolean acceptOwnDrag(GtkDropTargetAsync* target, GdkDrop* drop, gpointer engineHandler)
     {
         const auto handler = GPOINTER_TO_SIZE(engineHandler);
         gboolean isAccepted = FALSE;
-        if (!gdk_drop_get_drag(drop)) // Another program's.
+        auto* drag = gdk_drop_get_drag(drop);
+        if (!drag) // Another program's.
             return FALSE;
+        seeToItsEnd(drag);
         g_signal_handler_unblock(target, handler);
         g_signal_emit_by_name(target, "accept", drop, &isAccepted);
         g_signal_handler_block(target, handler);

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <glibmm/wrap.h>
+#include <utility>
 
 namespace quillox {
 
@@ -54,6 +55,19 @@ namespace {
         const auto* address
             = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
         return address ? address : "";
+    }
+
+    PageProcessEnd translateEnd(WebKitWebProcessTerminationReason reason)
+    {
+        switch (reason) {
+        case WEBKIT_WEB_PROCESS_CRASHED:
+            break;
+        case WEBKIT_WEB_PROCESS_EXCEEDED_MEMORY_LIMIT:
+            return PageProcessEnd::ExceededMemoryLimit;
+        case WEBKIT_WEB_PROCESS_TERMINATED_BY_API:
+            return PageProcessEnd::Requested;
+        }
+        return PageProcessEnd::Crashed;
     }
 
     /// Takes the controllers of one type off the widget.
@@ -177,17 +191,12 @@ void WebViewWebKit::endPageProcess()
 void WebViewWebKit::handleProcessEnd(WebKitWebProcessTerminationReason reason)
 {
     cancelPing();
-    const bool isReplaced = m_load.handleProcessEnd();
-    if (isReplaced || !m_navigationDelegate)
-        return;
-    switch (reason) {
-    case WEBKIT_WEB_PROCESS_CRASHED:
-        return m_navigationDelegate->pageProcessDidEnd(PageProcessEnd::Crashed);
-    case WEBKIT_WEB_PROCESS_EXCEEDED_MEMORY_LIMIT:
-        return m_navigationDelegate->pageProcessDidEnd(PageProcessEnd::ExceededMemoryLimit);
-    case WEBKIT_WEB_PROCESS_TERMINATED_BY_API:
-        return m_navigationDelegate->pageProcessDidEnd(PageProcessEnd::Requested);
-    }
+    const bool madeRoom = m_load.handleProcessEnd();
+    if (m_navigationDelegate)
+        m_navigationDelegate->pageProcessDidEnd(
+            madeRoom ? PageProcessEnd::MadeRoom : translateEnd(reason));
+    if (madeRoom)
+        m_load.loadAgain();
 }
 
 bool WebViewWebKit::decidePolicy(WebKitPolicyDecision* decision, WebKitPolicyDecisionType type)
@@ -209,17 +218,16 @@ bool WebViewWebKit::isNavigationAllowed(WebKitPolicyDecision* decision)
     const auto address = addressOf(action);
     if (m_navigationDelegate && !m_navigationDelegate->shouldNavigate(address))
         return false;
-    if (address.starts_with("about:"))
+    if (address == "about:blank")
         m_load.expectEmptyPage();
     return true;
 }
 
 bool WebViewWebKit::isAnswerAccepted(WebKitResponsePolicyDecision* decision)
 {
-    constexpr unsigned firstServerError = 500;
     auto* response = webkit_response_policy_decision_get_response(decision);
     if (webkit_response_policy_decision_is_main_frame_main_resource(decision)
-        && webkit_uri_response_get_status_code(response) >= firstServerError) {
+        && isServerError(webkit_uri_response_get_status_code(response))) {
         m_load.rejectAnswer({ LoadError::Domain::UrlLoading, urlErrors::badServerResponse,
             "the server has an error of its own" });
         return false;
