@@ -1,4 +1,3 @@
-#include "fakes/FakeEventMonitors.h"
 #include "platform/linux/gtk/EventMonitorsGtk.h"
 
 #include <gtest/gtest.h>
@@ -19,45 +18,15 @@ namespace {
     constexpr auto swallow = EventMonitors::Verdict::Swallow;
     constexpr auto pass = EventMonitors::Verdict::Pass;
 
-    struct FakeRig {
-        FakeEventMonitors monitors;
-        std::string reachedWindow; ///< "d" and "u" for each S that went down and up there.
-
-        void shiftS()
-        {
-            send({ EventType::FlagsChanged, 56, ModifierFlags::Shift, false });
-            send({ EventType::KeyDown, keys::s, ModifierFlags::Shift, false });
-            send({ EventType::KeyUp, keys::s, ModifierFlags::Shift, false });
-            send({ EventType::FlagsChanged, 56, ModifierFlags::None, false });
-        }
-        void click()
-        {
-            send({ EventType::LeftMouseDown, keys::unknown, ModifierFlags::None, false });
-            send({ EventType::LeftMouseUp, keys::unknown, ModifierFlags::None, false });
-        }
-        bool waitFor(const std::function<bool()>& condition) { return condition(); }
-
-    private:
-        bool m_isDownSwallowed = false;
-
-        void send(const Event& event)
-        {
-            const bool isPassed = monitors.send(event) == pass;
-            if (event.type == EventType::KeyDown)
-                m_isDownSwallowed = !isPassed;
-            if (event.keyCode == keys::s && isPassed && !m_isDownSwallowed)
-                reachedWindow += event.type == EventType::KeyDown ? "d" : "u";
-        }
-    };
-
     /// A real window, and real input from the X server.
-    struct GtkRig {
+    class EventMonitorsGtkTest : public testing::Test {
+    protected:
         EventMonitorsGtk monitors;
-        std::string reachedWindow;
+        std::string reachedWindow; ///< "d" and "u" for each S that went down and up there.
         Gtk::Window window;
         ::Display* display = gdk_x11_display_get_xdisplay(gdk_display_get_default());
 
-        GtkRig()
+        EventMonitorsGtkTest()
         {
             monitors.attach(window);
             auto keys = Gtk::EventControllerKey::create();
@@ -114,58 +83,49 @@ namespace {
         }
     };
 
-    template <typename Rig> class EventMonitorsContractTest : public testing::Test {
-    protected:
-        Rig rig;
-    };
-
-    using Rigs = testing::Types<FakeRig, GtkRig>;
-    TYPED_TEST_SUITE(EventMonitorsContractTest, Rigs);
-
-    TYPED_TEST(EventMonitorsContractTest, AMonitorSeesWhatItsMaskNames)
+    TEST_F(EventMonitorsGtkTest, AMonitorSeesWhatItsMaskNames)
     {
         std::vector<Event> seen;
         const auto mask = maskOf(EventType::KeyDown) | maskOf(EventType::KeyUp)
             | maskOf(EventType::FlagsChanged) | maskOf(EventType::LeftMouseDown);
-        const auto monitor = this->rig.monitors.addLocalMonitor(mask, [&](const Event& event) {
+        const auto monitor = monitors.addLocalMonitor(mask, [&](const Event& event) {
             seen.push_back(event);
             return pass;
         });
-        this->rig.shiftS();
-        this->rig.click();
-        EXPECT_TRUE(this->rig.waitFor([&] { return seen.size() >= 5; }));
+        shiftS();
+        click();
+        EXPECT_TRUE(waitFor([&] { return seen.size() >= 5; }));
         EXPECT_EQ(seen,
             (std::vector<Event> { { EventType::FlagsChanged, 56, ModifierFlags::Shift, false },
                 { EventType::KeyDown, keys::s, ModifierFlags::Shift, false },
                 { EventType::KeyUp, keys::s, ModifierFlags::Shift, false },
                 { EventType::FlagsChanged, 56, ModifierFlags::None, false },
                 { EventType::LeftMouseDown, keys::unknown, ModifierFlags::None, false } }));
-        EXPECT_EQ(this->rig.reachedWindow, "du");
+        EXPECT_EQ(reachedWindow, "du");
     }
 
-    TYPED_TEST(
-        EventMonitorsContractTest, OneThatSwallowsKeepsThePairFromTheWindowButNotFromTheOthers)
+    TEST_F(EventMonitorsGtkTest, OneThatSwallowsKeepsThePairFromTheWindowButNotFromTheOthers)
     {
         int seen = 0;
         const auto keyDown = maskOf(EventType::KeyDown);
-        const auto first = this->rig.monitors.addLocalMonitor(keyDown, [&](const Event&) {
+        const auto first = monitors.addLocalMonitor(keyDown, [&](const Event&) {
             ++seen;
             return pass;
         });
         Handle once;
-        once = this->rig.monitors.addLocalMonitor(keyDown, [&](const Event&) {
+        once = monitors.addLocalMonitor(keyDown, [&](const Event&) {
             once.reset();
             return swallow;
         });
-        const auto last = this->rig.monitors.addLocalMonitor(keyDown, [&](const Event&) {
+        const auto last = monitors.addLocalMonitor(keyDown, [&](const Event&) {
             ++seen;
             return pass;
         });
-        this->rig.shiftS();
-        EXPECT_TRUE(this->rig.waitFor([&] { return seen == 2; }));
-        EXPECT_EQ(this->rig.reachedWindow, "");
-        this->rig.shiftS();
-        EXPECT_TRUE(this->rig.waitFor([&] { return this->rig.reachedWindow == "du"; }));
+        shiftS();
+        EXPECT_TRUE(waitFor([&] { return seen == 2; }));
+        EXPECT_EQ(reachedWindow, "");
+        shiftS();
+        EXPECT_TRUE(waitFor([&] { return reachedWindow == "du"; }));
         EXPECT_EQ(seen, 4);
     }
 

@@ -41,9 +41,7 @@ namespace {
     {
         using enum ModifierFlags;
         armer.start();
-        EXPECT_EQ(send(EventType::KeyDown, None), Pass);
         EXPECT_EQ(send(EventType::KeyDown, Command), Pass);
-        EXPECT_EQ(send(EventType::KeyDown, Command, 12), Pass);
         EXPECT_EQ(send(EventType::KeyDown, sealModifiers, 0), Pass);
         EXPECT_EQ(send(EventType::FlagsChanged, sealModifiers), Pass);
         EXPECT_EQ(send(EventType::KeyDown, sealModifiers | Option), Swallow);
@@ -52,12 +50,8 @@ namespace {
     TEST_F(LaunchArmerTest, CompletesOncePerPress)
     {
         int completed = 0;
-        int published = 0;
         armer.onComplete = [&] { ++completed; };
-        const auto observation = armer.progress.observe([&](double) { ++published; });
         armer.start();
-        release();
-        EXPECT_EQ(published, 0);
         for (int holds = 1; holds <= 2; ++holds) {
             press();
             runLoop.advance(1020ms);

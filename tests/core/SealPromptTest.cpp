@@ -1,6 +1,5 @@
 #include "lockdown/SealPrompt.h"
 #include "fakes/FakeRunLoop.h"
-#include "lockdown/SealOverlays.h"
 
 #include <gtest/gtest.h>
 #include <memory>
@@ -63,39 +62,6 @@ namespace {
         ASSERT_TRUE(prompt);
         runLoop.advance(20s);
         EXPECT_EQ(ending, "cancelled");
-    }
-
-    TEST(AccentTextFieldCoordinator, KeepsReturnAndNoOtherCommandFromTheField)
-    {
-        int submitted = 0;
-        AccentTextField field;
-        AccentTextField::Coordinator coordinator(field);
-        EXPECT_TRUE(coordinator.doCommand(TextCommand::InsertNewline));
-        field.onSubmit = [&] { ++submitted; };
-        field.text.get = [] { return "shown"; };
-        coordinator.update(field);
-        EXPECT_FALSE(coordinator.needsReplacement("shown"));
-        EXPECT_TRUE(coordinator.needsReplacement("show"));
-        EXPECT_FALSE(coordinator.doCommand(TextCommand::CancelOperation));
-        EXPECT_TRUE(coordinator.doCommand(TextCommand::InsertNewline));
-        EXPECT_EQ(submitted, 1);
-    }
-
-    TEST(SealHoldIndicator, ShowsAHoldAboveAThousandth)
-    {
-        HoldIndicatorModel model;
-        const struct {
-            double progress;
-            bool isShown;
-            double filledWidth;
-        } rows[] { { 0, false, 0 }, { 0.0005, false, 0.11 }, { 0.002, true, 0.44 },
-            { 0.5, true, 110 }, { 1, true, 220 } };
-        for (const auto& row : rows) {
-            model.progress.set(row.progress);
-            const auto body = SealHoldIndicator(model).body();
-            EXPECT_EQ(body.isShown(), row.isShown) << row.progress;
-            EXPECT_DOUBLE_EQ(body.filledWidth(), row.filledWidth);
-        }
     }
 
 } // namespace

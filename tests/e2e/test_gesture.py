@@ -11,17 +11,6 @@ DISPLAYS = pytest.mark.on("openbox", "no window manager", "sway")
 
 
 @DISPLAYS
-def test_held_too_short_it_only_shows_itself(bed):
-    bed.seal_page("keys")
-    for _ in range(2):
-        bed.hold(0.5, lambda: wait_indicator(bed))
-        bed.wait_sealed()
-    assert bed.seen_keys() == ([], "x")
-    bed.unseal()
-    bed.close()
-
-
-@DISPLAYS
 def test_held_on_it_ends_the_run_once(bed):
     bed.seal_page("keys")
     requests = bed.site.requests
@@ -50,13 +39,16 @@ def test_held_since_before_the_run_it_does_not_end_it(bed):
 
 
 @DISPLAYS
-def test_list_neither_prevents_nor_prolongs_a_hold(bed):
+def test_held_too_short_it_only_shows_itself_beside_a_list_too(bed):
     bed.seal_page("keys")
+    for _ in range(2):
+        bed.hold(0.5, lambda: wait_indicator(bed))
+        bed.wait_sealed()
+    assert bed.seen_keys() == ([], "x")
     bed.hold(0.5, bed.open_list)
     bed.close_list()
     bed.hold(0.5, lambda: wait_indicator(bed))
     bed.wait_sealed()
-
     bed.open_list()
     bed.hold(0.5)
     bed.close_list()

@@ -35,25 +35,18 @@ def test_second_launch_activates_the_first(quiet, bus):
 
 
 @pytest.mark.on("openbox")
-def test_second_launch_leaves_while_the_first_hangs(quiet):
+def test_launches_while_the_first_hangs_and_after_it_was_killed(quiet):
     quiet.start()
     quiet.display.focus_setup()
     quiet.display.minimise_setup()
-
     quiet.process.send_signal(signal.SIGSTOP)
     assert quiet.start().wait(timeout=10) == 0
     quiet.process.send_signal(signal.SIGCONT)
     wait_for("activated setup window", quiet.display.setup_window)
 
-
-@pytest.mark.on("openbox")
-def test_launch_after_a_kill_is_the_first_again(quiet):
-    quiet.start()
-    quiet.display.focus_setup()
     quiet.process.kill()
     quiet.process.wait()
     wait_for("end of its window", lambda: not quiet.display.setup_window())
-
     quiet.process = None
     quiet.start()
     quiet.display.focus_setup()

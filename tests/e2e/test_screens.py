@@ -33,8 +33,8 @@ def test_primary_screen_is_taken_without_a_choice_and_may_move(bed):
     bed.display.plug("DUMMY2", "1280x720", "1024x0", "--primary")
     bed.start()
     bed.wait_sealed("DUMMY2")
-    bed.display.run("xrandr", "--output", "DUMMY0", "--off", "--output", "DUMMY2", "--pos", "0x0", "--primary",
-                    "--output", "DUMMY1", "--pos", "1280x0")
+    bed.display.unplug("DUMMY0")
+    bed.display.plug("DUMMY2", "1280x720", "0x0", "--primary")
     bed.wait_sealed("DUMMY2")
     bed.unseal()
 

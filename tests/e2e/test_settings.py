@@ -1,21 +1,8 @@
-"""Settings files that are damaged, and the countdown that a stored setting starts."""
+"""The countdown that a stored setting starts."""
 
 import pytest
 from rig.bed import Bed
 from rig.waiting import wait_for
-
-
-@pytest.mark.on("openbox")
-def test_truncated_settings_are_set_aside_and_named(bed):
-    damaged = bed.defaults.read_bytes()[:-9]
-    bed.defaults.write_bytes(damaged)
-    bed.start()
-    bed.display.focus_setup()
-
-    aside = [path for path in bed.defaults.parent.iterdir()
-             if path != bed.defaults and path.is_file() and path.read_bytes() == damaged]
-    assert len(aside) == 1
-    assert aside[0].name in bed.log
 
 
 @pytest.mark.on("openbox")

@@ -21,7 +21,6 @@ public:
     }
 
     PresentationOptions options = PresentationOptions::Default;
-    bool isTerminated = false;
 
     PresentationOptions presentationOptions() const override { return options; }
     void setPresentationOptions(PresentationOptions changed) override
@@ -32,24 +31,17 @@ public:
     void activate(bool) override { m_journal.add("activate"); }
     void bringVisibleWindowsForward() override { m_journal.add("windows forward"); }
     void endTextEditing() override { m_journal.add("end editing"); }
-    void terminate() override { isTerminated = true; }
+    void terminate() override { }
 
 private:
     Journal& m_journal;
 };
 
+/// This process alone.
 struct FakeRunningApplications final : RunningApplications {
-    std::vector<ProcessId> processes { 100 };
-    std::vector<ProcessId> activated;
-    std::string askedFor;
-
     ProcessId currentProcess() const override { return 100; }
-    std::vector<ProcessId> list(const std::string& identifier) override
-    {
-        askedFor = identifier;
-        return processes;
-    }
-    void activateAllWindows(ProcessId process) override { activated.push_back(process); }
+    std::vector<ProcessId> list(const std::string&) override { return { 100 }; }
+    void activateAllWindows(ProcessId) override { }
 };
 
 struct FakeAccessibilityTrust final : AccessibilityTrust {
@@ -67,7 +59,6 @@ struct FakeAccessibilityTrust final : AccessibilityTrust {
 /// Dialogs that wait for the test to answer them.
 struct FakeDialogs final : Dialogs {
     std::vector<Alert> alerts;
-    std::vector<OpenPanel> panels;
     std::function<void(std::size_t)> press;
     std::function<void(std::optional<std::string>)> choose;
 
@@ -77,19 +68,17 @@ struct FakeDialogs final : Dialogs {
         press = std::move(onButton);
     }
     void present(
-        const OpenPanel& panel, std::function<void(std::optional<std::string>)> onChosen) override
+        const OpenPanel&, std::function<void(std::optional<std::string>)> onChosen) override
     {
-        panels.push_back(panel);
         choose = std::move(onChosen);
     }
 };
 
 struct FakeWorkspace final : Workspace {
     std::vector<std::string> opened;
-    int relaunches = 0;
 
     void open(const std::string& url) override { opened.push_back(url); }
-    void relaunch() override { ++relaunches; }
+    void relaunch() override { }
 };
 
 } // namespace quillox

@@ -45,10 +45,6 @@ public:
         down.erase(key);
         return send({ .type = EventType::KeyUp, .keyCode = key, .flags = flags });
     }
-    Verdict changeFlags(ModifierFlags flags)
-    {
-        return send({ .type = EventType::FlagsChanged, .flags = flags });
-    }
 
     /// From now on taps can be created; whoever waits for it is told.
     void allowTaps()
@@ -57,7 +53,6 @@ public:
         if (const auto available = m_onAvailable)
             available();
     }
-    bool isAwaited() const { return m_onAvailable != nullptr; }
 
     std::unique_ptr<EventTap> create(Options options, EventMask mask, Handler handler) override
     {

@@ -20,9 +20,7 @@ public:
     {
     }
 
-    bool available = true;
-
-    bool isAvailable() const override { return available; }
+    bool isAvailable() const override { return true; }
     std::int32_t setEnabled(std::int32_t number, bool isEnabled) override
     {
         m_journal.add(fmt::format("hot key {} {}", number, isEnabled ? "on" : "off"));

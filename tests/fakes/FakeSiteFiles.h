@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cstring>
 #include <map>
-#include <set>
 
 namespace quillox {
 
@@ -15,13 +14,10 @@ class FakeSiteFiles final : public SiteFiles {
 public:
     void add(const std::string& path, const std::string& contents) { m_contents[path] = contents; }
 
-    /// Something that is there and never opens: a pipe, a link that leads out.
-    void addUnopenable(const std::string& path) { m_unopenable.insert(path); }
-
     Kind kind(const std::string& root, const std::string& name) const override
     {
         const auto path = root + "/" + name;
-        if (m_contents.contains(path) || m_unopenable.contains(path))
+        if (m_contents.contains(path))
             return Kind::Other;
         const auto below = m_contents.lower_bound(path + "/");
         const bool isFolder = below != m_contents.end() && below->first.starts_with(path + "/");
@@ -64,7 +60,6 @@ private:
     };
 
     std::map<std::string, std::string> m_contents;
-    std::set<std::string> m_unopenable;
 };
 
 struct FakeFileTypes final : FileTypes {

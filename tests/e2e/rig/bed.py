@@ -12,7 +12,7 @@ from pathlib import Path
 
 import pytest
 
-from . import canaries, wayland, x11
+from . import canaries, touch, wayland, x11
 from .home import Home, needs
 from .site import Site, page_picture
 from .waiting import wait_for
@@ -23,6 +23,7 @@ X11_DISPLAYS = {
     "xfwm4": lambda home: x11.X11(home, manager=(
         "dbus-run-session", "--", "xfwm4", "--compositor=off")),
     "three outputs": x11.three_outputs,
+    "touch screen": touch.touch_screen,
     "openbox with bindings": canaries.openbox,
     "xfwm4 with bindings": canaries.xfwm4,
     "bindings, no window manager": canaries.no_manager,
