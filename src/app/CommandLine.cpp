@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <string_view>
 
 namespace quillox {
@@ -41,6 +42,9 @@ namespace {
         Command { "path", Action::path, 0, 0, false, false, "path",
             "Print the name of the settings file." },
     };
+
+    constexpr auto usageUsage = "[--json | --csv | --prometheus] [--days N]";
+    constexpr int mostDays = 36'500;
 
     CommandLine failure(std::string error)
     {
@@ -105,6 +109,63 @@ namespace {
         return config(std::move(request));
     }
 
+    CommandLine usage(UsageRequest request)
+    {
+        return { .kind = CommandLine::Kind::usage, .usage = request };
+    }
+
+    struct UsageFormat {
+        std::string_view option;
+        UsageRequest::Format format;
+    };
+
+    constexpr std::array usageFormats {
+        UsageFormat { "--json", UsageRequest::Format::json },
+        UsageFormat { "--csv", UsageRequest::Format::csv },
+        UsageFormat { "--prometheus", UsageRequest::Format::prometheus },
+    };
+
+    std::optional<int> numberOfDays(const std::string& text)
+    {
+        int days = 0;
+        const auto* end = text.data() + text.size();
+        const auto [rest, error] = std::from_chars(text.data(), end, days);
+        const bool isValid = error == std::errc() && rest == end && days >= 1 && days <= mostDays;
+        return isValid ? std::optional(days) : std::nullopt;
+    }
+
+    CommandLine parseUsageReset(const std::vector<std::string>& arguments)
+    {
+        const auto isConfirmed = arguments.size() == 2 && arguments[1] == "--yes";
+        if (arguments.size() > 1 && !isConfirmed)
+            return failure("usage: quillox usage reset --yes");
+        return usage({ .action = UsageRequest::Action::reset, .isConfirmed = isConfirmed });
+    }
+
+    CommandLine parseUsage(const std::vector<std::string>& arguments)
+    {
+        if (arguments.size() == 1 && isHelp(arguments[0]))
+            return usage({ .action = UsageRequest::Action::help });
+        if (!arguments.empty() && arguments[0] == "reset")
+            return parseUsageReset(arguments);
+        UsageRequest request;
+        for (auto argument = arguments.begin(); argument != arguments.end(); ++argument) {
+            const auto format = std::ranges::find(usageFormats, *argument, &UsageFormat::option);
+            if (format != usageFormats.end() && request.format == UsageRequest::Format::text) {
+                request.format = format->format;
+                continue;
+            }
+            if (*argument != "--days" || request.lastDays)
+                return failure(fmt::format("usage: quillox usage {}", usageUsage));
+            if (++argument == arguments.end() || !(request.lastDays = numberOfDays(*argument)))
+                return failure(
+                    fmt::format("usage: --days takes a whole number from 1 to {}", mostDays));
+        }
+        if (request.lastDays && request.format == UsageRequest::Format::prometheus)
+            return failure("usage: --prometheus counts all time; it cannot take --days");
+        return usage(request);
+    }
+
     CommandLine parseDoctor(const std::vector<std::string>& arguments)
     {
         const auto isJson = arguments.size() == 1 && arguments[0] == "--json";
@@ -122,6 +183,8 @@ CommandLine CommandLine::parse(const std::vector<std::string>& arguments)
     const auto& first = arguments[0];
     if (first == "config")
         return parseConfig({ arguments.begin() + 1, arguments.end() });
+    if (first == "usage")
+        return parseUsage({ arguments.begin() + 1, arguments.end() });
     if (arguments.size() == 1 && first == "--version")
         return { .kind = Kind::version };
     if (arguments.size() == 1 && isHelp(first))
@@ -146,13 +209,15 @@ std::string helpText()
            "       quillox config COMMAND\n"
            "       quillox displays\n"
            "       quillox doctor [--json]\n"
+           "       quillox usage [OPTIONS]\n"
            "       quillox --version | --help\n"
            "\n"
            "Seals one website into a locked full screen. Without arguments the program starts;\n"
            "\"quillox config --help\" tells how to change its settings from a terminal;\n"
            "\"quillox displays\" lists the numbers that displayID can have here;\n"
            "\"quillox doctor\" says how well this session can be sealed and what would close the\n"
-           "gaps: exit code 0 when there are none, 3 with gaps, 4 when there is no lock.\n";
+           "gaps: exit code 0 when there are none, 3 with gaps, 4 when there is no lock;\n"
+           "\"quillox usage\" tells how much the display is used, see \"quillox usage --help\".\n";
 }
 
 std::string configHelpText()
@@ -171,6 +236,37 @@ std::string configHelpText()
             "start. An exported file can be installed for every user of a machine as\n"
             "/etc/xdg/Quillox/defaults.json, readable by them; what a user sets goes before it.\n";
     return text;
+}
+
+std::string usageHelpText()
+{
+    return fmt::format(
+        "Usage: quillox usage {}\n"
+        "       quillox usage reset --yes\n"
+        "\n"
+        "Tells from the statistics of this user how much the display is used. They are counted on\n"
+        "this machine and go nowhere by themselves. A running program adds to the file every 20\n"
+        "seconds; reading it disturbs nothing.\n"
+        "\n"
+        "  --days N      Only the last N days, of which today is the first. The busiest hour and\n"
+        "                the last use stay those of all time.\n"
+        "  --json        One object: \"format\", which is 1; \"lastDays\", N or null; "
+        "\"lastUsed\",\n"
+        "                seconds since 1970 or null; \"busiestHour\", 0 to 23 or null; \"total\" "
+        "with\n"
+        "                \"sessions\" and \"activeSeconds\"; \"sources\", the same for each site, "
+        "most\n"
+        "                used first; \"records\", the same for each day and site, with \"hours\", "
+        "the\n"
+        "                sessions that began in each hour of the day.\n"
+        "  --csv         The records as a table for spreadsheets, with a head line. A site that a\n"
+        "                spreadsheet would take for a formula gets an apostrophe in front.\n"
+        "  --prometheus  The sums of all time as metrics, for the textfile folder of a node\n"
+        "                exporter: write them to a file beside it and move that into it.\n"
+        "  reset --yes   Forget everything. Not while the program runs, which holds the "
+        "statistics\n"
+        "                and would write them again.\n",
+        usageUsage);
 }
 
 } // namespace quillox

@@ -23,13 +23,30 @@ struct ConfigRequest {
     bool operator==(const ConfigRequest&) const = default;
 };
 
+/// What `quillox usage` is asked to do.
+struct UsageRequest {
+    enum class Action { help, show, reset };
+    enum class Format { text, json, csv, prometheus };
+
+    Action action = Action::show;
+    Format format = Format::text;
+    /// At least 1, which is today; none is all time.
+    std::optional<int> lastDays;
+    /// For `reset`: it is really meant.
+    bool isConfirmed = false;
+
+    bool operator==(const UsageRequest&) const = default;
+};
+
 /// What the program is asked to do.
 struct CommandLine {
-    enum class Kind { run, version, help, displays, doctor, config, error };
+    enum class Kind { run, version, help, displays, doctor, config, usage, error };
 
     Kind kind = Kind::run;
     /// For `config`.
     ConfigRequest config = {};
+    /// For `usage`.
+    UsageRequest usage = {};
     /// For `doctor`: as a document for scripts.
     bool asJson = false;
     /// For `error`: one line without its end, to follow the program's name.
@@ -43,7 +60,7 @@ struct CommandLine {
 inline constexpr int exitSuccess = 0;
 /// Something could not be read or written.
 inline constexpr int exitFailure = 1;
-/// The command, a key or a value is wrong; nothing was changed.
+/// The command, a key or a value is wrong, or it was not confirmed; nothing was changed.
 inline constexpr int exitUsage = 2;
 /// `doctor`: there is a lock, but ways around it are open or could not be checked.
 inline constexpr int exitSealedWithGaps = 3;
@@ -54,5 +71,6 @@ inline constexpr int exitCannotSeal = 4;
 std::string versionText();
 std::string helpText();
 std::string configHelpText();
+std::string usageHelpText();
 
 } // namespace quillox

@@ -6,8 +6,7 @@
 
 namespace quillox {
 
-/// An hour of the local calendar, and the stretch of time that it names. Where clocks are set back,
-/// two stretches have the same name.
+/// An hour of the local calendar, and a stretch of time that lies in it.
 struct LocalHour {
     std::string day; ///< As "yyyy-MM-dd".
     int hour = 0; ///< 0 to 23.

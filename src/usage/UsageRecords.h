@@ -47,10 +47,12 @@ private:
     void makeLive(const std::string& date);
     std::uint32_t indexOf(const std::string& source);
 
-    std::map<std::string, std::shared_ptr<const Day>> m_past;
+    /// Changed only while no copy shares it.
+    std::map<std::string, std::shared_ptr<Day>> m_past;
     std::string m_liveDate;
     Day m_live; ///< The one day that may change; not among the past.
     std::shared_ptr<const Sources> m_sources = std::make_shared<Sources>();
+    std::uint32_t m_lastSource = 0; ///< That of the last `at`.
 };
 
 } // namespace quillox

@@ -12,7 +12,7 @@ namespace {
 
 } // namespace
 
-UsageStatsView::Body UsageStatsView::body() const
+UsageStatsView::Body UsageStatsView::body(std::optional<int> lastDays) const
 {
     Body body;
     body.isEmpty = m_store.isEmpty();
@@ -21,11 +21,14 @@ UsageStatsView::Body UsageStatsView::body() const
     body.statistics = { { "LAST 7 DAYS", stat(m_store.total(lastWeek)) },
         { "LAST 30 DAYS", stat(m_store.total(lastMonth)) },
         { "ALL TIME", stat(m_store.total(std::nullopt)) } };
+    if (lastDays)
+        body.statistics
+            = { { fmt::format("LAST {} DAYS", *lastDays), stat(m_store.total(lastDays)) } };
     if (const auto hour = m_store.peakHour())
         body.lines.push_back({ "BUSIEST HOUR", hourText(*hour) });
     body.lines.push_back({ "LAST USED", lastUsedText() });
 
-    const auto sources = m_store.perSource(std::nullopt);
+    const auto sources = m_store.perSource(lastDays);
     const auto shown = std::min(sources.size(), topSourceLimit);
     for (std::size_t index = 0; index < shown; ++index)
         body.websites.push_back({ sources[index].source, stat(sources[index].summary) });

@@ -29,7 +29,7 @@ public:
     /// What the sheet shows at a moment.
     struct Body {
         bool isEmpty = true; ///< Then there is only `emptyText`.
-        std::vector<Row> statistics; ///< Last 7 days, last 30 days, all time.
+        std::vector<Row> statistics; ///< Last 7 days, last 30 days, all time; or as asked for.
         std::vector<Row> lines; ///< Busiest hour, where there is one, and last use.
         std::vector<Row> websites;
 
@@ -41,7 +41,8 @@ public:
     {
     }
 
-    Body body() const;
+    /// With `lastDays`, sums and sites are of so many days up to today.
+    Body body(std::optional<int> lastDays = std::nullopt) const;
 
     /// Forgets everything. `version` grows, so that the sheet is drawn anew.
     void resetStats();

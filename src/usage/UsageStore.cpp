@@ -83,20 +83,22 @@ void UsageStore::setLastUsed(RunLoop::WallTime time)
     m_hasChanged = true;
 }
 
-std::optional<std::string> UsageStore::cutoff(std::optional<int> lastDays) const
+void UsageStore::visit(std::optional<int> lastDays, const UsageRecords::Visitor& visitor) const
 {
     if (!lastDays)
-        return std::nullopt;
-    return m_dates.daysAgo(*lastDays - 1);
+        return m_days.visit(visitor);
+    const auto first = m_dates.daysAgo(*lastDays - 1);
+    m_days.visit([&](const std::string& date, const std::string& source, const auto& counts) {
+        if (date >= first)
+            visitor(date, source, counts);
+    });
 }
 
 std::vector<UsageStore::SourceSummary> UsageStore::perSource(std::optional<int> lastDays) const
 {
-    const auto first = cutoff(lastDays);
     std::map<std::string, Summary> totals;
-    m_days.visit([&](const std::string& date, const std::string& source, const auto& counts) {
-        if (!first || date >= *first)
-            add(totals[source], counts);
+    visit(lastDays, [&](const std::string&, const std::string& source, const auto& counts) {
+        add(totals[source], counts);
     });
     std::vector<SourceSummary> list;
     for (const auto& [source, summary] : totals)
@@ -108,12 +110,9 @@ std::vector<UsageStore::SourceSummary> UsageStore::perSource(std::optional<int> 
 
 UsageStore::Summary UsageStore::total(std::optional<int> lastDays) const
 {
-    const auto first = cutoff(lastDays);
     Summary total;
-    m_days.visit([&](const std::string& date, const std::string&, const auto& counts) {
-        if (!first || date >= *first)
-            add(total, counts);
-    });
+    visit(lastDays,
+        [&](const std::string&, const std::string&, const auto& counts) { add(total, counts); });
     return total;
 }
 

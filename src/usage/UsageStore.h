@@ -49,6 +49,9 @@ public:
     /// The sum over all sites; none for `lastDays` is all time.
     Summary total(std::optional<int> lastDays) const;
 
+    /// The records in the order of their days; none for `lastDays` is all time.
+    void visit(std::optional<int> lastDays, const UsageRecords::Visitor&) const;
+
     /// The hour of the day, 0 to 23, in which most sessions began; the earliest of equals.
     std::optional<int> peakHour() const;
 
@@ -63,8 +66,6 @@ public:
     const UsageDate& dates() const { return m_dates; }
 
 private:
-    std::optional<std::string> cutoff(std::optional<int> lastDays) const;
-
     UsageFile& m_file;
     const UsageDate& m_dates;
     UsageRecords m_days;

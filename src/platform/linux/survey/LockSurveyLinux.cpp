@@ -1,11 +1,9 @@
 #include "platform/linux/survey/LockSurveyLinux.h"
 
 #include "platform/linux/survey/Alarm.h"
-#include "platform/linux/system/FileDescriptor.h"
 #include "platform/linux/system/RunningApplicationsSocket.h"
 
 #include <cstdlib>
-#include <fcntl.h>
 #include <gdk/wayland/gdkwayland.h>
 #include <gdk/x11/gdkx.h>
 #include <gtk/gtk.h>
@@ -27,20 +25,6 @@ namespace {
         return value ? value : "";
     }
 
-    /// Looks at the first copy's lock without taking it.
-    int runningKiosk(const std::string& identifier)
-    {
-        const auto folder = RunningApplicationsSocket::runtimeFolder(identifier);
-        const FileDescriptor file(
-            open((folder + "/" + identifier + ".lock").c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
-        struct flock lock { };
-        lock.l_type = F_WRLCK;
-        lock.l_whence = SEEK_SET;
-        const bool isHeld
-            = file && fcntl(file.get(), F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
-        return isHeld ? lock.l_pid : 0;
-    }
-
 } // namespace
 
 LockSurveyLinux::LockSurveyLinux(
@@ -56,7 +40,7 @@ LockFacts LockSurveyLinux::machineFacts() const
     facts.sessionType = environment("XDG_SESSION_TYPE");
     facts.sessionDesktop = environment("XDG_SESSION_DESKTOP");
     facts.sessionClass = environment("XDG_SESSION_CLASS");
-    facts.kioskProcess = runningKiosk(m_identifier);
+    facts.kioskProcess = RunningApplicationsSocket::firstCopy(m_identifier);
     surveySystem(facts);
     return facts;
 }

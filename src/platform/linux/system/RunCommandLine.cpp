@@ -1,9 +1,15 @@
 #include "platform/linux/system/RunCommandLine.h"
 
 #include "app/ConfigCommand.h"
+#include "app/QuilloxApp.h"
+#include "app/UsageCommand.h"
+#include "platform/linux/system/CalendarPosix.h"
 #include "platform/linux/system/DefaultsStoreFile.h"
+#include "platform/linux/system/RunLoopGlib.h"
+#include "platform/linux/system/RunningApplicationsSocket.h"
 #include "platform/linux/system/SystemLogStderr.h"
 #include "platform/linux/system/TextFilesPosix.h"
+#include "platform/linux/system/UsageFilePosix.h"
 
 #include <iostream>
 
@@ -19,6 +25,22 @@ namespace {
         TextFilesPosix files;
         const auto flush = [&defaults](std::string* reason) { return defaults.flush(reason); };
         return ConfigCommand({ defaults, flush, paths.user, files, std::cin, std::cout, std::cerr })
+            .run(request);
+    }
+
+    int runUsageCommand(const UsageRequest& request)
+    {
+        SystemLogStderr log;
+        const auto path = usagePathFromEnvironment();
+        UsageFilePosix file(path, log);
+        const CalendarPosix calendar;
+        const RunLoopGlib runLoop;
+        const UsageDate dates(calendar, runLoop);
+        UsageStore store(file, dates);
+        return UsageCommand({ store, file.isDamaged() ? path + ": damaged or out of reach" : "",
+                                [&file] { return file.flush(); },
+                                RunningApplicationsSocket::firstCopy(QuilloxApp::bundleIdentifier),
+                                std::cout, std::cerr })
             .run(request);
     }
 
@@ -39,6 +61,8 @@ int runCommandLine(const CommandLine& commandLine)
         return std::cout ? exitSuccess : exitFailure;
     case CommandLine::Kind::config:
         return runConfigCommand(commandLine.config);
+    case CommandLine::Kind::usage:
+        return runUsageCommand(commandLine.usage);
     case CommandLine::Kind::error:
         std::cerr << "quillox: " << commandLine.error << std::endl;
         return exitUsage;

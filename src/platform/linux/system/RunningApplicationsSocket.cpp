@@ -84,6 +84,13 @@ namespace {
         return lock;
     }
 
+    ProcessId holderOf(int file)
+    {
+        auto lock = wholeFile();
+        const bool isHeld = fcntl(file, F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+        return isHeld ? lock.l_pid : 0;
+    }
+
     std::string launchToken()
     {
         for (const auto* name : { "XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID" }) {
@@ -133,11 +140,11 @@ bool RunningApplicationsSocket::becomeFirst()
     return m_isFirst;
 }
 
-ProcessId RunningApplicationsSocket::lockHolder() const
+ProcessId RunningApplicationsSocket::firstCopy(const std::string& identifier)
 {
-    auto lock = wholeFile();
-    const bool isHeld = fcntl(m_lock.get(), F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
-    return isHeld ? lock.l_pid : 0;
+    const auto path = runtimeFolder(identifier) + "/" + identifier + ".lock";
+    const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+    return file ? holderOf(file.get()) : 0;
 }
 
 RunningApplicationsSocket::~RunningApplicationsSocket()
@@ -165,7 +172,7 @@ std::vector<ProcessId> RunningApplicationsSocket::list(const std::string& identi
     for (int attempt = 0; m_lock && !m_isFirst && attempt < lockAttempts; ++attempt) {
         if (becomeFirst())
             break;
-        if (const auto holder = lockHolder())
+        if (const auto holder = holderOf(m_lock.get()))
             return { holder, getpid() };
     }
     return { getpid() };

@@ -26,6 +26,9 @@ public:
     /// `$XDG_RUNTIME_DIR`, or a private folder in the temporary folder when it is not set.
     static std::string runtimeFolder(const std::string& identifier);
 
+    /// The first copy, looked for without taking its place; 0 when there is none.
+    static ProcessId firstCopy(const std::string& identifier);
+
     /// Called in the first copy when another one asked for it, with the token that its launcher
     /// gave that copy to raise windows with; it may be empty.
     void setOnActivate(std::function<void(const std::string& token)> onActivate);
@@ -37,7 +40,6 @@ public:
 private:
     std::string path(const char* suffix) const { return m_folder + "/" + m_identifier + suffix; }
     bool becomeFirst();
-    ProcessId lockHolder() const;
     void listen();
     void acceptConnection();
     void answer(int connection);

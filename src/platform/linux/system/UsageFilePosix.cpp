@@ -69,6 +69,12 @@ bool UsageFilePosix::hasFailed() const
     return !m_failure.empty() && !m_producer && !m_isWriting;
 }
 
+bool UsageFilePosix::isDamaged() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_isDamaged;
+}
+
 std::string UsageFilePosix::flush()
 {
     std::unique_lock lock(m_mutex);

@@ -25,6 +25,9 @@ public:
     void write(Producer) override;
     bool hasFailed() const override;
 
+    /// Whether what is there is still to be set aside.
+    bool isDamaged() const;
+
     /// Waits likewise; empty, or why the last write failed.
     std::string flush();
 

@@ -1,5 +1,6 @@
 #include "platform/linux/webkit/WebViewWebKit.h"
 
+#include "platform/linux/gtk/ContainerGtk.h"
 #include "platform/linux/webkit/WebViewInput.h"
 #include "platform/linux/webkit/WebViewSettings.h"
 #include "platform/linux/webkit/WebViewSignals.h"
@@ -146,6 +147,13 @@ void WebViewWebKit::setAllowsBackForwardNavigationGestures(bool allowed)
 {
     webkit_settings_set_enable_back_forward_navigation_gestures(
         webkit_web_view_get_settings(m_view.get()), allowed);
+}
+
+void WebViewWebKit::loadInsistently(const UrlRequest& request)
+{
+    // A list that the page has open would stay over the next one.
+    closePopups(GTK_WIDGET(m_view.get()));
+    m_load.loadInsistently(request);
 }
 
 std::string WebViewWebKit::url() const

@@ -24,7 +24,7 @@ public:
     void setAllowsMagnification(bool) override;
     void setAllowsBackForwardNavigationGestures(bool) override;
     void load(const UrlRequest& request) override { m_load.load(request); }
-    void loadInsistently(const UrlRequest& request) override { m_load.loadInsistently(request); }
+    void loadInsistently(const UrlRequest&) override;
     void reload() override { m_load.reload(); }
     void stopLoading() override { m_load.stop(); }
     LoadPhase loadPhase() const override { return m_load.phase(); }
