@@ -9,19 +9,6 @@ namespace quillox {
 
 namespace {
 
-    /// An open popup takes every key, whatever has the focus.
-    void closePopups(GtkWidget* owner)
-    {
-        auto* child = gtk_widget_get_first_child(owner);
-        while (child) {
-            // The owner may destroy its popup once that is closed.
-            const GObjectOwner<GtkWidget> held(GTK_WIDGET(g_object_ref(child)));
-            child = gtk_widget_get_next_sibling(child);
-            if (GTK_IS_POPOVER(held.get()))
-                gtk_popover_popdown(GTK_POPOVER(held.get()));
-        }
-    }
-
     Rect resized(Rect frame, const Autoresizing& follows, double addedWidth, double addedHeight)
     {
         if (follows.width)
@@ -36,6 +23,18 @@ namespace {
     }
 
 } // namespace
+
+void closePopups(GtkWidget* owner)
+{
+    auto* child = gtk_widget_get_first_child(owner);
+    while (child) {
+        // The owner may destroy its popup once that is closed.
+        const GObjectOwner<GtkWidget> held(GTK_WIDGET(g_object_ref(child)));
+        child = gtk_widget_get_next_sibling(child);
+        if (GTK_IS_POPOVER(held.get()))
+            gtk_popover_popdown(GTK_POPOVER(held.get()));
+    }
+}
 
 ContainerGtk::ContainerGtk(Rect frame)
     : m_planeWidth(frame.width)
