@@ -8,6 +8,8 @@ add_library(quillox_flags INTERFACE)
 target_link_libraries(quillox_flags INTERFACE quillox_warnings)
 if(QUILLOX_SANITIZE)
   target_compile_options(quillox_flags INTERFACE
-    -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+    -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer
+    # The web engine is built without type information, and may run our copies of the standard library's templates.
+    -fno-sanitize=vptr)
   target_link_options(quillox_flags INTERFACE -fsanitize=address,undefined)
 endif()
