@@ -36,7 +36,7 @@ struct AccentTextField {
     bool isSecure = false; ///< Read when the field is made, like the font, colours and alignment.
     std::string placeholder;
     Color textColor = Color::black();
-    Font font;
+    Font font {};
     TextAlignment alignment = TextAlignment::Left;
     std::function<void()> onSubmit; ///< When Return is pressed; may be empty.
     bool autofocus = false; ///< Takes the keyboard once the field is on the screen.
