@@ -1,5 +1,9 @@
 #include "platform/linux/system/CalendarPosix.h"
 
+#include "fakes/FakeRunLoop.h"
+#include "fakes/FakeUpdaters.h"
+#include "resilience/UpdateController.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -76,6 +80,33 @@ namespace {
                         EXPECT_TRUE(there.day == hour.day && there.hour == hour.hour) << zone;
                     }
                 }
+        }
+    }
+
+    TEST_F(CalendarPosixTest, AnUpdateWaitsForThreeOClockAlsoWhenClocksAreSet)
+    {
+        const auto spring = 2025y / 3 / 30, autumn = 2025y / 10 / 26;
+        const struct {
+            const char* zone;
+            RunLoop::WallTime evening, installed;
+        } rows[] {
+            { "Europe/Berlin", utc(2025y / 3 / 29, 20h), utc(spring, 1h) },
+            { "Europe/Berlin", utc(2025y / 10 / 25, 20h), utc(autumn, 2h) },
+            { "Pacific/Chatham", utc(2025y / 9 / 27, 8h), utc(2025y / 9 / 27, 14h) },
+            { "Pacific/Chatham", utc(2025y / 4 / 5, 8h), utc(2025y / 4 / 5, 13h + 15min) },
+        };
+        for (const auto& row : rows) {
+            ::setenv("TZ", row.zone, 1);
+            Journal journal;
+            FakeRunLoop runLoop;
+            FakeUpdaters updaters(journal);
+            UpdateController updates(runLoop, calendar, updaters);
+            runLoop.setClock(row.evening);
+            updates.configure(true);
+            RunLoop::WallTime installed;
+            updaters.delegate->willInstallUpdateOnQuit([&] { installed = runLoop.now(); });
+            runLoop.advance(24h);
+            EXPECT_EQ((installed - row.installed).count(), 0) << row.zone;
         }
     }
 

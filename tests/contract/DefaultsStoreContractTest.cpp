@@ -6,8 +6,13 @@
 #include "platform/linux/system/DefaultsStoreFile.h"
 
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
-#include <memory>
+#include <chrono>
+#include <random>
 #include <thread>
 
 namespace quillox {
@@ -15,6 +20,7 @@ namespace quillox {
 namespace {
 
     namespace fs = std::filesystem;
+    using std::chrono::microseconds, std::chrono::steady_clock;
 
     class DefaultsStoreFileTest : public testing::Test {
     protected:
@@ -143,21 +149,44 @@ namespace {
         EXPECT_FALSE(log.lines().empty());
     }
 
+    /// Children save two records in turns, a thousand times in all, and each is killed somewhere.
     TEST_F(DefaultsStoreFileTest, AKillAtAnyMomentLeavesTheOldOrTheNewRecordWhole)
     {
         const KioskSettings records[2] { { .exitPassword = std::string(1'500, 'a') },
-            { .allowedDomains = { "b" }, .exitPassword = std::string(2'500, 'b') } };
-        const auto save = [&]() -> std::function<bool(unsigned)> {
-            const auto store = std::make_shared<DefaultsStoreFile>(paths(), log);
-            return [&records, store](unsigned turn) {
-                records[turn].save(*store);
-                return store->flush();
-            };
-        };
-        killWhileSaving(save, [&] {
+            { .allowedDomains = { "b" }, .exitPassword = std::string(12'000, 'b') } };
+        std::minstd_rand random(20);
+        for (unsigned kills = 0, saves = 0; saves < 1000 || kills < 30; ++kills) {
+            int ends[2];
+            ASSERT_EQ(::pipe(ends), 0);
+            const auto child = ::fork();
+            if (child == 0) {
+                DefaultsStoreFile store(paths(), log);
+                for (unsigned turn = 0; turn == 0 || ::write(ends[1], "x", 1) == 1; ++turn) {
+                    records[turn % 2].save(store);
+                    if (!store.flush())
+                        ::_exit(1);
+                }
+            }
+            ::close(ends[1]);
+            char bytes[64];
+            for (unsigned left = 1 + random() % 30; left > 0; --left, ++saves) {
+                pollfd readable { ends[0], POLLIN, 0 };
+                ASSERT_EQ(::poll(&readable, 1, 10'000), 1);
+                ASSERT_EQ(::read(ends[0], bytes, 1), 1);
+            }
+            // Anywhere in the next save, which takes about as long.
+            const auto moment = steady_clock::now() + microseconds(random() % 3000);
+            while (steady_clock::now() < moment)
+                std::this_thread::yield();
+            ::kill(child, SIGKILL);
+            int status = 0;
+            ASSERT_EQ(::waitpid(child, &status, 0), child);
+            ASSERT_TRUE(WIFSIGNALED(status));
+            ::close(ends[0]);
             const auto loaded = KioskSettings::load(DefaultsStoreFile(paths(), log));
-            return (loaded == records[0] || loaded == records[1]) && log.lines().empty();
-        });
+            ASSERT_TRUE(loaded == records[0] || loaded == records[1]) << "kill " << kills;
+            ASSERT_TRUE(log.lines().empty());
+        }
         EXPECT_LE(filesNamed(".new-").size(), 1u);
     }
 

@@ -1,12 +1,11 @@
 #include "platform/linux/system/SiteFilesLinux.h"
+#include "contract/SavedFiles.h"
 #include "platform/linux/system/FileTypesGio.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <array>
-#include <filesystem>
-#include <fstream>
 
 namespace quillox {
 
@@ -17,8 +16,8 @@ namespace {
 
     TEST(SiteFilesLinuxTest, OpensRegularFilesBeneathTheFolderAndNothingElse)
     {
-        auto pattern = (fs::temp_directory_path() / "quillox-site-XXXXXX").string();
-        const fs::path folder(::mkdtemp(pattern.data()));
+        const TemporaryFolder temporary;
+        const auto& folder = temporary.path;
         const auto site = folder / "site";
         fs::create_directories(site / "docs");
         std::ofstream(site / "docs/page.html") << "0123456789";
@@ -66,7 +65,6 @@ namespace {
         EXPECT_EQ(page->read(7, buffer), 3U);
         EXPECT_EQ(buffer[0], std::byte { '7' });
         EXPECT_EQ(page->read(10, buffer), 0U);
-        fs::remove_all(folder);
     }
 
     TEST(FileTypesGioTest, AsksTheRegistry)

@@ -19,11 +19,6 @@ namespace {
 
     namespace fs = std::filesystem;
 
-    UsageFile::Producer writes(const std::string& text)
-    {
-        return [text](std::ostream& out) { out << text; };
-    }
-
     class UsageFileTest : public testing::Test {
     protected:
         std::string contents() const { return readFile(path).text.value_or("(none)"); }
@@ -35,22 +30,6 @@ namespace {
         CalendarPosix calendar;
         UsageDate dates { calendar, runLoop };
     };
-
-    TEST_F(UsageFileTest, AKillAtAnyMomentLeavesTheOldOrTheNewStatisticsWhole)
-    {
-        const std::string texts[2] { std::string(20'000, 'a'), std::string(90'000, 'b') };
-        const auto save = [&]() -> std::function<bool(unsigned)> {
-            const auto file = std::make_shared<UsageFilePosix>(path, log);
-            return [&texts, file](unsigned turn) {
-                file->write(writes(texts[turn]));
-                return file->flush().empty();
-            };
-        };
-        killWhileSaving(save, [&] { return contents() == texts[0] || contents() == texts[1]; });
-        UsageFilePosix(path, log).write(writes("last"));
-        EXPECT_EQ(contents(), "last");
-        EXPECT_EQ(std::distance(fs::directory_iterator(folder.path / "Quillox"), {}), 1);
-    }
 
     TEST_F(UsageFileTest, WhatCannotBeWrittenIsLoggedOnceAndTriedAgain)
     {

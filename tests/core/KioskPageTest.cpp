@@ -303,34 +303,6 @@ namespace {
         EXPECT_EQ(eventMonitors.send(keyDown(space)), pass);
     }
 
-    TEST(KioskNavBarTest, StandsWhereTheOperatorWantsIt)
-    {
-        const Rect screen { 0, 0, 1000, 800 };
-        const KioskNavBar all(true, true, true, true);
-        EXPECT_EQ(all.size(), (Rect { 0, 0, 226, 52 }));
-        struct Row {
-            NavPosition position;
-            double x;
-            double y;
-            double yWithInset; ///< The page leaves 32 points free.
-            double yUnderHousing; ///< The housing takes 32 points, the page none.
-        };
-        for (const auto& row : std::vector<Row> {
-                 { NavPosition::topLeft, 28, 720, 688, 720 },
-                 { NavPosition::topCenter, 387, 720, 688, 688 },
-                 { NavPosition::topRight, 746, 720, 688, 720 },
-                 { NavPosition::bottomLeft, 28, 28, 28, 28 },
-                 { NavPosition::bottomCenter, 387, 28, 28, 28 },
-                 { NavPosition::bottomRight, 746, 28, 28, 28 },
-             }) {
-            SCOPED_TRACE(rawValue(row.position));
-            EXPECT_EQ(all.frame(screen, row.position, 0, 0), (Rect { row.x, row.y, 226, 52 }));
-            EXPECT_EQ(all.frame(screen, row.position, 32, 32).y, row.yWithInset);
-            EXPECT_EQ(all.frame(screen, row.position, 0, 32).y, row.yUnderHousing);
-        }
-        EXPECT_EQ(KioskNavBar(false, false, false, true).size(), (Rect { 0, 0, 64, 52 }));
-    }
-
 } // namespace
 
 } // namespace quillox

@@ -43,26 +43,19 @@ namespace {
             std::string file; ///< Which one is served; empty for 404.
             std::string type;
         };
-        for (const auto& row : std::vector<Row> {
-                 { "", "index.html", html },
-                 { "/", "index.html", html },
-                 { "/?a=/x.png#/y", "index.html", html },
-                 { "/docs/", "docs/index.html", html },
-                 { "/docs/%2e%2e/a%20b.html", "a b.html", html },
-                 { "/a%2520b.html", "a b.html", html },
-                 { "/50%.txt", "50%.txt", text },
-                 { "/100%2525.txt", "100%.txt", text }, // Decoded twice, so never 100%25.txt.
-                 { "/room/3", "index.html", html },
-                 { "/room/3.5", "", "" },
-                 { "/missing.png", "", "" },
-                 { "/FILE.JPG", "FILE.JPG", "image/jpeg" },
-                 { "/model.GLB", "model.GLB", "model/gltf-binary" },
-                 { "/LICENSE", "LICENSE", "application/octet-stream" },
-                 { "/../../etc/passwd", "", "" },
-                 { "/%2e%2e/%2e%2e/etc/passwd", "", "" },
-                 { "/%252e%252e%252f%252e%252e%252fetc/passwd", "", "" },
-                 { "/index.html%2500.png", "", "" },
-             }) {
+        for (const auto& row :
+            std::vector<Row> { { "", "index.html", html }, { "/", "index.html", html },
+                { "/?a=/x.png#/y", "index.html", html }, { "/docs/", "docs/index.html", html },
+                { "/docs/%2e%2e/a%20b.html", "a b.html", html },
+                { "/a%2520b.html", "a b.html", html }, { "/50%.txt", "50%.txt", text },
+                { "/100%2525.txt", "100%.txt", text }, // Decoded twice, so never 100%25.txt.
+                { "/room/3", "index.html", html }, { "/room/3.5", "", "" },
+                { "/missing.png", "", "" }, { "/FILE.JPG", "FILE.JPG", "image/jpeg" },
+                { "/model.GLB", "model.GLB", "model/gltf-binary" },
+                { "/LICENSE", "LICENSE", "application/octet-stream" },
+                { "/../../etc/passwd", "", "" }, { "/%2e%2e/%2e%2e/etc/passwd", "", "" },
+                { "/%252e%252e%252f%252e%252e%252fetc/passwd", "", "" },
+                { "/index.html%2500.png", "", "" } }) {
             const auto answer = get(row.path);
             EXPECT_EQ(FakeSiteFiles::body(answer), row.file) << row.path;
             auto headers = notFoundHeaders;
@@ -84,19 +77,12 @@ namespace {
             std::string body; ///< Empty where the range is ignored.
             std::string contentRange;
         };
-        for (const auto& row : std::vector<Row> {
-                 { "bytes=0-", "0123456789", "bytes 0-9/10" },
-                 { "bytes=-4", "6789", "bytes 6-9/10" },
-                 { "bytes=5-100", "56789", "bytes 5-9/10" },
+        for (const auto& row : std::vector<Row> { { "bytes=0-", "0123456789", "bytes 0-9/10" },
+                 { "bytes=-4", "6789", "bytes 6-9/10" }, { "bytes=5-100", "56789", "bytes 5-9/10" },
                  { "bytes=5-99999999999999999999999", "56789", "bytes 5-9/10" },
-                 { "bytes=5-x", "56789", "bytes 5-9/10" },
-                 { "bytes=10-", "", "" },
-                 { "bytes=7-3", "", "" },
-                 { "bytes=0-1,4-5", "", "" },
-                 { "bytes=-0", "", "" },
-                 { "bytes=x-5", "", "" },
-                 { "items=0-3", "", "" },
-             }) {
+                 { "bytes=5-x", "56789", "bytes 5-9/10" }, { "bytes=10-", "", "" },
+                 { "bytes=7-3", "", "" }, { "bytes=0-1,4-5", "", "" }, { "bytes=-0", "", "" },
+                 { "bytes=x-5", "", "" }, { "items=0-3", "", "" } }) {
             const auto answer = get("/ten.bin", row.range);
             const bool isCut = !row.body.empty();
             EXPECT_EQ(answer.status, isCut ? 206U : 200U) << row.range;

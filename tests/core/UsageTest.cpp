@@ -156,8 +156,10 @@ namespace {
     {
         UsageStatsView view(store());
         EXPECT_TRUE(view.body().isEmpty);
-        for (int site = 0; site < 11; ++site)
+        for (int site = 0; site < 11; ++site) {
             store().recordSessionStart("site" + std::to_string(site), "2025-03-01", 23);
+            EXPECT_EQ(view.body().websites.back().title.ends_with(" MORE"), site >= 8) << site;
+        }
         store().addActive(3725, "site0", "2025-01-30");
         EXPECT_EQ(view.body().statistics,
             (std::vector<UsageStatsView::Row> { { "LAST 7 DAYS", "11 SESSIONS · 0M ENGAGED" },

@@ -1,9 +1,12 @@
-#include "lockdown/SystemKeyBlocker.h"
+#include "fakes/FakeEventMonitors.h"
 #include "fakes/FakeKeyboard.h"
 #include "fakes/FakeLockdown.h"
 #include "fakes/FakeRunLoop.h"
 #include "fakes/FakeSystemLog.h"
 #include "lockdown/DisplaySleepBlocker.h"
+#include "lockdown/LaunchArmer.h"
+#include "lockdown/SealPrompt.h"
+#include "lockdown/SystemKeyBlocker.h"
 
 #include <gtest/gtest.h>
 
@@ -176,6 +179,91 @@ namespace {
         EXPECT_EQ(journal.take().size(), 1U);
         EXPECT_EQ(log.lines(),
             (Lines { "Quillox: could not create display-sleep assertion (error -536870174)." }));
+    }
+
+    struct LaunchArmerTest : testing::Test {
+        EventMonitors::Verdict send(EventType type, ModifierFlags flags, KeyCode key = keys::s)
+        {
+            return monitors.send({ .type = type, .keyCode = key, .flags = flags });
+        }
+        void press()
+        {
+            keyboard.down.insert(keys::s);
+            EXPECT_EQ(send(EventType::KeyDown, sealModifiers), Swallow);
+        }
+        void release()
+        {
+            keyboard.down.clear();
+            EXPECT_EQ(send(EventType::KeyUp, sealModifiers), Pass);
+        }
+
+        Journal journal;
+        FakeRunLoop runLoop;
+        FakeEventMonitors monitors;
+        FakeKeyboard keyboard { journal };
+        LaunchArmer armer { { runLoop, monitors, keyboard } };
+    };
+
+    TEST_F(LaunchArmerTest, LeavesEveryOtherKeyAlone)
+    {
+        using enum ModifierFlags;
+        armer.start();
+        EXPECT_EQ(send(EventType::KeyDown, Command), Pass);
+        EXPECT_EQ(send(EventType::KeyDown, sealModifiers, 0), Pass);
+        EXPECT_EQ(send(EventType::FlagsChanged, sealModifiers), Pass);
+        EXPECT_EQ(send(EventType::KeyDown, sealModifiers | Option), Swallow);
+    }
+
+    TEST_F(LaunchArmerTest, WhatEndsAHoldAndWhetherThePressThatFollowsBeginsOne)
+    {
+        const auto restart = [&] { armer.stop(), armer.start(), armer.start(); };
+        const struct {
+            const char* end;
+            std::function<void()> happen;
+            bool beginsAnother;
+        } rows[] {
+            { "a modifier up", [&] { send(EventType::FlagsChanged, ModifierFlags::Shift); },
+                false },
+            { "S up", [&] { release(); }, true },
+            { "one S up of two", [&] { send(EventType::KeyUp, sealModifiers); }, false },
+            { "restart, S down", restart, false },
+            { "restart, S up", [&] { keyboard.down.clear(), restart(); }, true },
+        };
+        for (const auto& row : rows) {
+            armer.start();
+            release();
+            press();
+            runLoop.advance(300ms);
+            EXPECT_GT(armer.progress.get(), 0) << row.end;
+            row.happen();
+            EXPECT_EQ(armer.progress.get(), 0) << row.end;
+            press();
+            runLoop.advance(300ms);
+            EXPECT_EQ(armer.progress.get() > 0, row.beginsAnother) << row.end;
+        }
+        EXPECT_EQ(monitors.activeMonitors(), 1U);
+    }
+
+    TEST(SealPromptTest, CancelsTenSecondsAfterTheLastChangeOfTheText)
+    {
+        FakeRunLoop runLoop;
+        int cancelled = 0;
+        SealPrompt prompt({ .title = "",
+                              .message = "",
+                              .validate = [](const std::string&) { return false; },
+                              .onSuccess = {},
+                              .onCancel = [&] { ++cancelled; } },
+            runLoop);
+        prompt.appear();
+        runLoop.advance(9900ms);
+        prompt.field().text.set("a");
+        runLoop.advance(9900ms);
+        prompt.submit(); // Empties the field.
+        runLoop.advance(9900ms);
+        prompt.submit(); // Changes nothing.
+        EXPECT_EQ(cancelled, 0);
+        runLoop.advance(20s);
+        EXPECT_EQ(cancelled, 1);
     }
 
 } // namespace
