@@ -1,6 +1,7 @@
 #include "app/CommandLine.h"
 
 #include "app/ConfigDocument.h"
+#include "app/QuilloxApp.h"
 #include "config/SettingsFields.h"
 
 #include <fmt/format.h>
@@ -191,21 +192,24 @@ CommandLine CommandLine::parse(const std::vector<std::string>& arguments)
         return { .kind = Kind::help };
     if (arguments.size() == 1 && first == "displays")
         return { .kind = Kind::displays };
+    if (arguments.size() == 1 && first == "--keep-alive")
+        return { .kind = Kind::keepAlive };
     if (first == "doctor")
         return parseDoctor({ arguments.begin() + 1, arguments.end() });
-    const auto isKnown = first == "displays" || first == "--version" || isHelp(first);
+    const auto isKnown = first == "displays" || first == "--version" || first == "--keep-alive"
+        || isHelp(first);
     return failure(fmt::format(
         "unexpected argument {}; see quillox --help", quoted(isKnown ? arguments[1] : first)));
 }
 
 std::string versionText()
 {
-    return "Quillox " QUILLOX_VERSION "\n";
+    return "Quillox " + QuilloxApp::version() + "\n";
 }
 
 std::string helpText()
 {
-    return "Usage: quillox\n"
+    return "Usage: quillox [--keep-alive]\n"
            "       quillox config COMMAND\n"
            "       quillox displays\n"
            "       quillox doctor [--json]\n"
@@ -213,6 +217,8 @@ std::string helpText()
            "       quillox --version | --help\n"
            "\n"
            "Seals one website into a locked full screen. Without arguments the program starts;\n"
+           "with --keep-alive it starts again by itself after a crash, until it is quit or the\n"
+           "session ends;\n"
            "\"quillox config --help\" tells how to change its settings from a terminal;\n"
            "\"quillox displays\" lists the numbers that displayID can have here;\n"
            "\"quillox doctor\" says how well this session can be sealed and what would close the\n"

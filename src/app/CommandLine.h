@@ -31,7 +31,7 @@ struct UsageRequest {
     Action action = Action::show;
     Format format = Format::text;
     /// At least 1, which is today; none is all time.
-    std::optional<int> lastDays;
+    std::optional<int> lastDays {};
     /// For `reset`: it is really meant.
     bool isConfirmed = false;
 
@@ -40,7 +40,7 @@ struct UsageRequest {
 
 /// What the program is asked to do.
 struct CommandLine {
-    enum class Kind { run, version, help, displays, doctor, config, usage, error };
+    enum class Kind { run, keepAlive, version, help, displays, doctor, config, usage, error };
 
     Kind kind = Kind::run;
     /// For `config`.

@@ -3,6 +3,8 @@
 #include "app/ConfigCommand.h"
 #include "app/QuilloxApp.h"
 #include "app/UsageCommand.h"
+#include "platform/linux/service/AgentPlaces.h"
+#include "platform/linux/service/RestartingParent.h"
 #include "platform/linux/system/CalendarPosix.h"
 #include "platform/linux/system/DefaultsStoreFile.h"
 #include "platform/linux/system/RunLoopGlib.h"
@@ -44,6 +46,12 @@ namespace {
             .run(request);
     }
 
+    int keepAlive()
+    {
+        SystemLogStderr log;
+        return RestartingParent({ AgentPlaces::ofThisProcess().program() }, log).run();
+    }
+
 } // namespace
 
 int runCommandLine(const CommandLine& commandLine)
@@ -53,6 +61,8 @@ int runCommandLine(const CommandLine& commandLine)
     case CommandLine::Kind::displays:
     case CommandLine::Kind::doctor:
         return exitSuccess;
+    case CommandLine::Kind::keepAlive:
+        return keepAlive();
     case CommandLine::Kind::version:
         std::cout << versionText() << std::flush;
         return std::cout ? exitSuccess : exitFailure;
