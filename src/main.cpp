@@ -3,20 +3,25 @@
 #include "app/AppDelegate.h"
 #include "app/AppState.h"
 #include "app/CommandLine.h"
+#include "app/LaunchHealth.h"
 #include "app/QuilloxApp.h"
 #include "kiosk/Displays.h"
 #include "kiosk/KioskController.h"
 #include "platform/linux/LinuxPlatform.h"
-#include "platform/linux/gtk/SetupWindowGtk.h"
+#include "platform/linux/service/WatchdogPing.h"
+#include "platform/linux/setup/SetupWindowGtk.h"
 #include "platform/linux/survey/RunDoctor.h"
 #include "platform/linux/system/DefaultsStoreFile.h"
 #include "platform/linux/system/Environment.h"
 #include "platform/linux/system/RunCommandLine.h"
 #include "platform/linux/system/RunningApplicationsSocket.h"
 #include "platform/linux/system/SystemLogStderr.h"
+#include "resilience/UpdateController.h"
+#include "resilience/Watchdog.h"
 #include "support/Lifetime.h"
 #include "ui/AutoStartCountdownOverlay.h"
-#include "ui/SetupView.h"
+#include "ui/OnboardingView.h"
+#include "ui/OperatorView.h"
 #include "usage/UsageTracker.h"
 
 #include <csignal>
@@ -35,10 +40,10 @@ namespace {
     class Program {
     public:
         Program(const Glib::RefPtr<Gtk::Application>& gtk, RunningApplicationsSocket& instances,
-            SystemLog& log)
+            SystemLog& log, const std::string& executable)
             : m_instances(instances)
             , m_defaults(defaultsPathsFromEnvironment(), log)
-            , m_platform(gtk, m_runLoop, log)
+            , m_platform(gtk, m_runLoop, log, executable)
             , m_usage(m_runLoop, m_platform.usageFile, m_platform.calendar)
             , m_controller({ m_platform.screens, m_platform.windows, m_platform.webEngine,
                   m_platform.eventMonitors, m_platform.application, m_platform.fileSystem,
@@ -50,12 +55,15 @@ namespace {
                           m_platform.dialogs, m_platform.workspace, m_platform.application },
                   m_controller,
                   [this] { return SystemKeyBlocker::canCreateTap(m_platform.eventTaps); })
+            , m_watchdog(m_platform.agentServices, log)
+            , m_updates(m_runLoop, m_platform.calendar, m_platform.updaters())
             , m_delegate({ m_runLoop, m_platform.accessibility, instances, m_platform.application },
-                  m_state, QuilloxApp::bundleIdentifier)
+                  m_state, m_updates, QuilloxApp::bundleIdentifier)
         {
             UsageTracker::setShared(&m_usage);
             KioskController::setShared(&m_controller);
             AppState::setShared(&m_state);
+            UpdateController::setShared(&m_updates);
         }
 
         ~Program()
@@ -63,8 +71,10 @@ namespace {
             // Out of the way first: the end of a run brings forward what is visible.
             if (m_setup)
                 m_setup->window().set_visible(false);
+            m_controller.setOnScreenShown(nullptr);
             m_controller.stop();
             m_instances.setOnActivate(nullptr);
+            UpdateController::setShared(nullptr);
             AppState::setShared(nullptr);
             KioskController::setShared(nullptr);
             UsageTracker::setShared(nullptr);
@@ -76,20 +86,32 @@ namespace {
                 return;
             m_platform.restoreAfterCrash();
             openSetupWindow();
+            if (m_platform.updates)
+                watchHealth();
         }
 
         void terminate() { m_platform.application.terminate(); }
         bool wantsRelaunch() const { return m_platform.workspace.wantsRelaunch(); }
 
     private:
+        /// A version that was just installed has to show that it works.
+        void watchHealth()
+        {
+            m_health.emplace(m_state, m_runLoop,
+                [this] { m_platform.updates->health().handleScreenShown(); });
+            m_controller.setOnScreenShown([this] { m_health->handleScreenShown(); });
+        }
+
         void openSetupWindow()
         {
             auto& application = m_platform.application;
-            m_setup = std::make_unique<SetupWindowGtk>(
-                m_setupView, m_countdown, m_runLoop, QuilloxApp::windowTitle);
+            m_setup = std::make_unique<SetupWindowGtk>(m_app,
+                SetupWindowGtk::Views { m_onboardingView, m_operatorView, m_countdown }, m_runLoop,
+                *m_platform.placement);
             auto& window = m_setup->window();
             m_platform.eventMonitors.attach(window);
             m_platform.dialogs.setParent(&window);
+            m_platform.updateProgressPanels.setParent(&window);
             application.addWindow(window);
             window.signal_close_request().connect(
                 [&application] {
@@ -110,16 +132,27 @@ namespace {
 
         RunningApplicationsSocket& m_instances;
         RunLoopGlib m_runLoop;
+        WatchdogPing m_watchdogPing { m_runLoop };
         DefaultsStoreFile m_defaults;
         LinuxPlatform m_platform;
         UsageTracker m_usage;
         KioskController m_controller;
         AppState m_state;
+        Watchdog m_watchdog;
+        UpdateController m_updates;
         AppDelegate m_delegate;
-        SetupView m_setupView { m_state,
-            { m_runLoop, m_platform.eventMonitors, m_platform.eventTaps } };
+        QuilloxApp m_app { m_delegate, m_state };
+        LaunchArmer::Machine m_gesture { m_runLoop, m_platform.eventMonitors,
+            m_platform.eventTaps };
+        OnboardingView m_onboardingView { m_state,
+            { m_gesture, m_platform.accessibility, m_platform.workspace } };
+        OperatorView m_operatorView { m_state,
+            { m_gesture, { m_platform.fileSystem, m_platform.screens, m_watchdog, m_updates },
+                m_usage.store(), m_platform.workspace },
+            QuilloxApp::version() };
         AutoStartCountdownOverlay m_countdown { m_state };
         std::unique_ptr<SetupWindowGtk> m_setup;
+        std::optional<LaunchHealth> m_health;
         Lifetime m_lifetime;
     };
 
@@ -130,7 +163,7 @@ namespace {
         return G_SOURCE_CONTINUE;
     }
 
-    int runProgram(SystemLog& log, bool& wantsRelaunch)
+    int runProgram(SystemLog& log, const std::string& executable, bool& wantsRelaunch)
     {
         const std::string identifier = QuilloxApp::bundleIdentifier;
         RunningApplicationsSocket instances(
@@ -139,7 +172,7 @@ namespace {
         const auto gtk = Gtk::Application::create(identifier, Gio::Application::Flags::NON_UNIQUE);
         std::unique_ptr<Program> program;
         gtk->signal_activate().connect([&] {
-            program = std::make_unique<Program>(gtk, instances, log);
+            program = std::make_unique<Program>(gtk, instances, log, executable);
             program->launch();
         });
         const auto terminated = g_unix_signal_add(SIGTERM, terminateOnSignal, &program);
@@ -176,7 +209,8 @@ int main(int argc, char** argv)
     SystemLogStderr log;
     // Taken now: an update may put another file in its place.
     std::error_code error;
-    const auto executable = std::filesystem::read_symlink("/proc/self/exe", error);
+    const auto executable = std::filesystem::read_symlink("/proc/self/exe", error).string();
+    auto successor = AgentPlaces::ofThisProcess().program();
     const auto graphics = prepareEnvironment();
     if (commandLine.kind == Kind::doctor)
         return runDoctor(commandLine);
@@ -189,10 +223,11 @@ int main(int argc, char** argv)
 
     log.write(graphics);
     bool wantsRelaunch = false;
-    const int status = runProgram(log, wantsRelaunch);
+    const int status = runProgram(log, executable, wantsRelaunch);
     if (wantsRelaunch) {
-        execv(executable.c_str(), argv);
-        log.write(fmt::format("Quillox: could not start '{}' again.", executable.string()));
+        argv[0] = successor.data();
+        execv(successor.c_str(), argv);
+        log.write(fmt::format("Quillox: could not start '{}' again.", successor));
     }
     return status;
 }

@@ -5,6 +5,7 @@
 #include "ports/Application.h"
 #include "ports/RunLoop.h"
 #include "ports/RunningApplications.h"
+#include "resilience/UpdateController.h"
 
 #include <algorithm>
 #include <utility>
@@ -18,11 +19,11 @@ namespace {
 } // namespace
 
 AppDelegate::AppDelegate(
-    Machine machine, AppState& state, std::string bundleIdentifier, AutomaticUpdates* updates)
+    Machine machine, AppState& state, UpdateController& updates, std::string bundleIdentifier)
     : m_machine(machine)
     , m_state(state)
-    , m_bundleIdentifier(std::move(bundleIdentifier))
     , m_updates(updates)
+    , m_bundleIdentifier(std::move(bundleIdentifier))
 {
 }
 
@@ -32,8 +33,7 @@ bool AppDelegate::applicationDidFinishLaunching()
         m_machine.application.terminate();
         return false;
     }
-    if (m_updates)
-        m_updates->configure(m_state.settings.get().autoUpdate);
+    m_updates.configure(m_state.settings.get().autoUpdate);
     if (shouldAutoStart()) {
         m_machine.runLoop.post(
             m_lifetime.guard([this] { m_state.beginAutoStart(countdownSeconds); }));

@@ -11,13 +11,7 @@ class AppState;
 class Application;
 class RunLoop;
 class RunningApplications;
-
-/// Decides when updates may be installed.
-class AutomaticUpdates {
-public:
-    virtual ~AutomaticUpdates() = default;
-    virtual void configure(bool autoUpdate) = 0;
-};
+class UpdateController;
 
 /// What happens once, right after launch. Main thread only.
 class AppDelegate {
@@ -29,9 +23,8 @@ public:
         Application& application;
     };
 
-    /// `bundleIdentifier` may be empty; `updates` may be absent.
-    AppDelegate(
-        Machine, AppState&, std::string bundleIdentifier, AutomaticUpdates* updates = nullptr);
+    /// `bundleIdentifier` may be empty.
+    AppDelegate(Machine, AppState&, UpdateController&, std::string bundleIdentifier);
 
     /// Gives way to a copy that runs already, else sets updates up and decides whether to seal.
     /// False when this copy gives way: it ends, and must show nothing.
@@ -49,8 +42,8 @@ private:
 
     Machine m_machine;
     AppState& m_state;
+    UpdateController& m_updates;
     std::string m_bundleIdentifier;
-    AutomaticUpdates* m_updates;
     Lifetime m_lifetime;
 };
 

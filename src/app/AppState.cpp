@@ -20,8 +20,6 @@ namespace {
     constexpr auto finishingInterlude = 1800ms;
     constexpr auto countdownStep = 1s;
     constexpr auto defaultEntry = "index.html";
-    constexpr auto accessibilitySettings
-        = "x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility";
 
     std::string parentOf(const std::string& path)
     {

@@ -38,6 +38,10 @@ public:
     /// without one it cannot. Reads the stored settings.
     AppState(Machine, KioskController&, std::function<bool()> canCreateTap = {});
 
+    /// Where the session's permission to lock the keyboard is given.
+    static constexpr auto accessibilitySettings
+        = "x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility";
+
     static AppState& shared() { return *s_shared; }
     static void setShared(AppState* state) { s_shared = state; }
 

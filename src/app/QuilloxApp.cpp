@@ -4,6 +4,11 @@
 
 namespace quillox {
 
+std::string QuilloxApp::version()
+{
+    return QUILLOX_VERSION;
+}
+
 RootView QuilloxApp::rootView() const
 {
     if (!m_app.hasOnboarded.get())

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 namespace quillox {
 
 class AppDelegate;
@@ -19,6 +21,9 @@ public:
 
     static constexpr auto windowTitle = "Quillox";
     static constexpr auto bundleIdentifier = "com.orvendal.quillox";
+
+    /// The version of this build, for example "1.2.0".
+    static std::string version();
 
     AppDelegate& appDelegate() { return m_appDelegate; }
     AppState& app() { return m_app; }

@@ -31,6 +31,10 @@ KioskController::KioskController(Machine machine)
     , m_pageGuard(machine.runLoop, machine.log, *this)
     , m_idleWatch(machine.runLoop, machine.eventMonitors)
 {
+    m_noticeObservation = m_connectivity.model().offline.observe([this](bool isOffline) {
+        if (isOffline && m_onScreenShown)
+            m_onScreenShown();
+    });
 }
 
 KioskController::~KioskController()

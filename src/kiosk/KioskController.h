@@ -83,6 +83,13 @@ public:
 
     bool isActive() const { return m_isActive; }
 
+    /// Called each time a run has brought something to the screen: the page, or the notice that it
+    /// cannot be reached.
+    void setOnScreenShown(std::function<void()> onScreenShown)
+    {
+        m_onScreenShown = std::move(onScreenShown);
+    }
+
     /// Whether the present run may show the address; nothing is allowed without one.
     bool isAllowed(const Url&) const;
 
@@ -175,6 +182,8 @@ private:
     Handle m_usageMonitor;
     Handle m_screensSubscription;
     Handle m_lateColorRefresh;
+    std::function<void()> m_onScreenShown;
+    Handle m_noticeObservation;
     Lifetime m_lifetime;
 };
 

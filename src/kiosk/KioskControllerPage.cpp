@@ -65,6 +65,8 @@ void KioskController::didFinishNavigation()
     m_pageGuard.handleFinishedLoad();
     refreshNavBar();
     refreshNotchBar();
+    if (m_onScreenShown)
+        m_onScreenShown();
     m_lateColorRefresh = m_machine.runLoop.after(lateColorRefresh, [this] { refreshNotchBar(); });
 }
 

@@ -1,9 +1,8 @@
 #include "app/AppState.h"
 #include "app/AppDelegate.h"
 #include "app/QuilloxApp.h"
-#include "core/SealedMachine.h"
+#include "core/SetupMachine.h"
 #include "ui/AutoStartCountdownOverlay.h"
-#include "ui/SetupView.h"
 
 #include <gtest/gtest.h>
 
@@ -16,39 +15,13 @@ namespace {
     constexpr auto accessibilitySettings
         = "x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility";
 
-    class AppStateTest : public testing::Test, protected SealedMachine {
+    class AppStateTest : public testing::Test, protected SetupMachine {
     protected:
-        AppState& state()
-        {
-            if (!made)
-                made = std::make_unique<AppState>(
-                    AppState::Machine { runLoop, defaults, fileSystem, accessibility, dialogs,
-                        workspace, application },
-                    *controller, [this] { return canCreateTap; });
-            return *made;
-        }
-
         AppDelegate delegate()
         {
-            return { { runLoop, accessibility, instances, application }, state(),
-                QuilloxApp::bundleIdentifier, nullptr };
+            return { { runLoop, accessibility, instances, application }, state(), updates,
+                QuilloxApp::bundleIdentifier };
         }
-
-        void store(bool hasOnboarded, const KioskSettings& settings)
-        {
-            defaults.setBoolean("hasOnboarded", hasOnboarded);
-            settings.save(defaults);
-        }
-
-        FakeRunLoop runLoop;
-        FakeDefaultsStore defaults;
-        FakeAccessibilityTrust accessibility;
-        FakeDialogs dialogs;
-        FakeWorkspace workspace;
-        FakeRunningApplications instances;
-        bool canCreateTap = false;
-        std::unique_ptr<KioskController> controller = makeController();
-        std::unique_ptr<AppState> made;
     };
 
     TEST_F(AppStateTest, CountsDownAndSeals)
@@ -56,7 +29,8 @@ namespace {
         store(true, siteSettings());
         state().beginAutoStart(5);
         for (const int left : { 5, 4, 3, 2, 1 }) {
-            EXPECT_EQ(state().autoStartCountdown.get(), Countdown(left));
+            EXPECT_EQ(AutoStartCountdownOverlay(state()).title(),
+                "SEALING IN " + std::to_string(left) + "s");
             EXPECT_FALSE(controller->isActive());
             runLoop.advance(1s);
         }
@@ -80,10 +54,8 @@ namespace {
         runLoop.advance(900ms);
         EXPECT_EQ(state().autoStartCountdown.get(), Countdown(2)) << "a fresh timer";
 
-        AutoStartCountdownOverlay overlay(state());
-        EXPECT_EQ(overlay.title(), "SEALING IN 2s");
-        overlay.cancel();
-        EXPECT_FALSE(overlay.isShown());
+        AutoStartCountdownOverlay(state()).cancel();
+        EXPECT_FALSE(AutoStartCountdownOverlay(state()).isShown());
         runLoop.advance(10s);
         EXPECT_FALSE(controller->isActive());
 
@@ -107,37 +79,6 @@ namespace {
         made.reset();
         runLoop.advance(2s);
         EXPECT_FALSE(controller->isActive());
-    }
-
-    TEST_F(AppStateTest, OnboardingEndsWithItsInterlude)
-    {
-        auto appDelegate = delegate();
-        QuilloxApp app(appDelegate, state());
-        EXPECT_EQ(app.rootView(), RootView::Onboarding);
-        state().settings.set(siteSettings());
-        state().completeOnboarding();
-        EXPECT_EQ(app.rootView(), RootView::Finishing);
-        EXPECT_TRUE(defaults.boolean("hasOnboarded"));
-        EXPECT_EQ(KioskSettings::load(defaults), siteSettings());
-        runLoop.advance(1799ms);
-        EXPECT_EQ(app.rootView(), RootView::Finishing);
-        runLoop.advance(1ms);
-        EXPECT_EQ(app.rootView(), RootView::Operator);
-    }
-
-    TEST_F(AppStateTest, ChoosesAndClearsALocalSource)
-    {
-        for (const auto* path : { "", "/" }) {
-            const bool isChosen = *path != '\0';
-            state().clearLocalSource();
-            state().chooseLocalSource();
-            dialogs.choose(isChosen ? std::optional<std::string>("/start.htm") : std::nullopt);
-            const auto& settings = state().settings.get();
-            EXPECT_EQ(settings.sourceKind, isChosen ? SourceKind::local : SourceKind::remote);
-            EXPECT_EQ(settings.localPath, path);
-            EXPECT_EQ(settings.localEntry, isChosen ? "start.htm" : "index.html");
-            EXPECT_EQ(KioskSettings::load(defaults), settings);
-        }
     }
 
     TEST_F(AppStateTest, AsksForAccessibilityWhenNoLockIsPossible)
@@ -185,83 +126,13 @@ namespace {
             made.reset();
             auto launch = delegate();
             EXPECT_TRUE(launch.applicationDidFinishLaunching());
+            EXPECT_EQ(journal.take().back(), "start updater");
             EXPECT_EQ(state().autoStartCountdown.get(), std::nullopt) << "the loop is not free";
             runLoop.runPosted();
             EXPECT_EQ(
                 state().autoStartCountdown.get(), missing == nothing ? Countdown(5) : std::nullopt);
             EXPECT_TRUE(dialogs.alerts.empty() && accessibility.prompts == 0);
         }
-    }
-
-    TEST_F(AppStateTest, SetupSaysWhatIsMissingAndSealsOnce)
-    {
-        SetupView view(state(), { runLoop, eventMonitors, keyboard });
-        int changes = 0;
-        const auto observation = view.observe([&] { ++changes; });
-        EXPECT_EQ(view.sealTitle(), "SET A URL OR FOLDER FIRST");
-        view.seal();
-        EXPECT_FALSE(state().hasOnboarded.get());
-
-        view.setAddress("https://museum.example/");
-        EXPECT_EQ(KioskSettings::load(defaults).url, "https://museum.example/");
-        state().settings.update(
-            [](KioskSettings& settings) { settings.requireExitPassword = true; });
-        EXPECT_EQ(view.sealTitle(), "SET AN EXIT PASSWORD FIRST");
-        EXPECT_FALSE(view.canSeal());
-        state().settings.update([](KioskSettings& settings) { settings.exitPassword = "abc"; });
-        EXPECT_EQ(changes, 3);
-
-        view.seal();
-        ASSERT_TRUE(view.prompt());
-        view.prompt()->field().text.set("abc");
-        view.prompt()->submit();
-        EXPECT_TRUE(controller->isActive() && state().hasOnboarded.get());
-        EXPECT_FALSE(view.prompt() || view.isEnabled() || view.canSeal());
-        runLoop.advance(2s);
-    }
-
-    TEST_F(AppStateTest, GestureInSetupSealsOnceSIsUp)
-    {
-        const auto hold = [&](bool isDown) {
-            const auto type = isDown ? EventType::KeyDown : EventType::KeyUp;
-            keyboard.down = isDown ? std::set { keys::s } : std::set<KeyCode> {};
-            eventMonitors.send({ .type = type, .keyCode = keys::s, .flags = sealModifiers });
-            runLoop.advance(1100ms);
-        };
-        SetupView view(state(), { runLoop, eventMonitors, keyboard });
-        view.appear();
-        hold(true);
-        EXPECT_EQ(view.hintOverlay().hint, "SET A URL OR FOLDER FIRST");
-        EXPECT_FALSE(view.isWaitingForRelease());
-
-        state().settings.set(siteSettings());
-        hold(false);
-        hold(true);
-        EXPECT_TRUE(view.isWaitingForRelease() && !controller->isActive());
-        hold(false);
-        EXPECT_TRUE(controller->isActive() && !view.isWaitingForRelease());
-        controller->stop();
-        hold(true);
-        runLoop.advance(10s);
-        EXPECT_TRUE(controller->isActive()); // However long S is held.
-        controller->stop();
-        hold(false);
-
-        state().settings.update([](KioskSettings& settings) {
-            settings.requireExitPassword = true;
-            settings.exitPassword = "abc";
-        });
-        hold(true);
-        ASSERT_TRUE(view.prompt());
-        EXPECT_EQ(eventMonitors.activeMonitors(), 0U);
-        runLoop.advance(10s);
-        EXPECT_FALSE(view.prompt() || controller->isActive());
-        hold(false);
-        state().beginAutoStart(9);
-        EXPECT_EQ(eventMonitors.activeMonitors(), 0U);
-        state().cancelAutoStart();
-        hold(true);
-        EXPECT_TRUE(view.prompt());
     }
 
 } // namespace

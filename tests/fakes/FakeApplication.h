@@ -76,9 +76,10 @@ struct FakeDialogs final : Dialogs {
 
 struct FakeWorkspace final : Workspace {
     std::vector<std::string> opened;
+    int relaunches = 0;
 
     void open(const std::string& url) override { opened.push_back(url); }
-    void relaunch() override { }
+    void relaunch() override { ++relaunches; }
 };
 
 } // namespace quillox

@@ -8,6 +8,7 @@
 #include "platform/linux/gtk/PopupKeeper.h"
 #include "platform/linux/gtk/ScreensGdk.h"
 #include "platform/linux/gtk/SealViewsGtk.h"
+#include "platform/linux/gtk/UpdateProgressPanelsGtk.h"
 #include "platform/linux/gtk/WindowGtk.h"
 #include "platform/linux/gtk/WindowPlacement.h"
 #include "platform/linux/gtk/WorkspaceGtk.h"
@@ -15,6 +16,8 @@
 #include "platform/linux/lock/PowerAssertionsLinux.h"
 #include "platform/linux/lock/RestoreNote.h"
 #include "platform/linux/lock/SymbolicHotKeysLinux.h"
+#include "platform/linux/service/AgentServicesLinux.h"
+#include "platform/linux/service/UpdatersPackaged.h"
 #include "platform/linux/system/CalendarPosix.h"
 #include "platform/linux/system/Environment.h"
 #include "platform/linux/system/FileSystemPosix.h"
@@ -23,6 +26,7 @@
 #include "platform/linux/system/RunLoopGlib.h"
 #include "platform/linux/system/SiteFilesLinux.h"
 #include "platform/linux/system/UsageFilePosix.h"
+#include "platform/linux/update/UpdatesLinux.h"
 #include "platform/linux/webkit/WebEngine.h"
 
 #include <memory>
@@ -32,7 +36,9 @@ namespace quillox {
 /// Every port of the machine that needs a display, as Linux has it. Make it when the toolkit has
 /// started.
 struct LinuxPlatform {
-    LinuxPlatform(const Glib::RefPtr<Gtk::Application>& gtk, RunLoop& runLoop, SystemLog& log)
+    /// `executable` is this process's, as it was at its start.
+    LinuxPlatform(const Glib::RefPtr<Gtk::Application>& gtk, RunLoop& runLoop, SystemLog& log,
+        const std::string& executable)
         : screens(runLoop)
         , placement(makeWindowPlacement(screens, runLoop))
         , application(gtk, *placement, log)
@@ -44,7 +50,11 @@ struct LinuxPlatform {
         , sealViews(runLoop)
         , windows(*placement, application, eventMonitors)
         , webEngine(runLoop, log, pageMemoryLimit())
-        , workspace(application, dialogs, log)
+        , workspace(application, *placement, log)
+        , updates(UpdatesLinux::find(
+              executable, { runLoop, dialogs, updateProgressPanels, workspace, log }))
+        , agentServices(runLoop, log)
+        , packagedUpdaters(dialogs)
         , usageFile(usagePathFromEnvironment(), log)
     {
     }
@@ -56,6 +66,12 @@ struct LinuxPlatform {
         restoreNote.load();
         symbolicHotKeys.restoreAfterCrash();
         powerAssertions.restoreAfterCrash();
+    }
+
+    /// Those of the package manager, unless this copy of the application maintains itself.
+    Updaters& updaters()
+    {
+        return updates ? updates->updaters() : static_cast<Updaters&>(packagedUpdaters);
     }
 
     ScreensGdk screens;
@@ -75,6 +91,10 @@ struct LinuxPlatform {
     AccessibilityTrustSession accessibility;
     DialogsGtk dialogs;
     WorkspaceGtk workspace;
+    UpdateProgressPanelsGtk updateProgressPanels;
+    std::unique_ptr<UpdatesLinux> updates; ///< None where others maintain the application.
+    AgentServicesLinux agentServices;
+    UpdatersPackaged packagedUpdaters;
     FileSystemPosix fileSystem;
     SiteFilesLinux siteFiles;
     FileTypesGio fileTypes;

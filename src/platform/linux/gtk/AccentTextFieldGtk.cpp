@@ -11,6 +11,9 @@ namespace {
     constexpr auto autofocusDelay = 250ms;
     constexpr gunichar bullet = 0x2022;
 
+    /// Ours are 1/96 of an inch. The toolkit's follow the size of text that the user has chosen.
+    constexpr double toolkitPoints = 0.75;
+
     float positionFor(TextAlignment alignment)
     {
         switch (alignment) {
@@ -34,15 +37,17 @@ namespace {
 
 } // namespace
 
-AccentTextFieldGtk::AccentTextFieldGtk(AccentTextField field, RunLoop& runLoop)
+AccentTextFieldGtk::AccentTextFieldGtk(AccentTextField field, RunLoop& runLoop, TextColor color)
     : m_coordinator(std::move(field))
-    , m_widget(GTK_WIDGET(g_object_ref_sink(gtk_text_new())))
+    , m_widget(GTK_WIDGET(g_object_ref_sink(g_object_new(
+          // On its own it has none, and screen readers would not see it.
+          GTK_TYPE_TEXT, "accessible-role", GTK_ACCESSIBLE_ROLE_TEXT_BOX, nullptr))))
     , m_style(widget())
 {
     const auto& described = m_coordinator.field();
     if (described.isSecure)
         makeSecure();
-    applyLook(described);
+    applyLook(described, color);
     showText();
     connect();
     if (described.autofocus)
@@ -54,15 +59,16 @@ AccentTextFieldGtk::~AccentTextFieldGtk()
     g_signal_handlers_disconnect_by_data(m_widget.get(), this);
 }
 
-void AccentTextFieldGtk::applyLook(const AccentTextField& field)
+void AccentTextFieldGtk::applyLook(const AccentTextField& field, TextColor color)
 {
     const auto caret = cssColor(field.caretColor);
+    const auto text = color == TextColor::Inherited ? "inherit" : cssColor(field.textColor);
     m_style.set(fmt::format("text {{ background: none; border: none; outline: none; "
                             "box-shadow: none; min-height: 0; color: {0}; caret-color: {1}; "
-                            "font-size: {2}px; font-weight: {3}; {4} }}"
+                            "font-size: {2}pt; font-weight: {3}; {4} }}"
                             "text > selection {{ background-color: {1}; color: white; }}"
-                            "text > placeholder {{ color: {0}; opacity: 0.5; }}",
-        cssColor(field.textColor), caret, field.font.size, field.font.weight,
+                            "text:not(:focus) > selection {{ background: none; color: inherit; }}",
+        text, caret, field.font.size * toolkitPoints, field.font.weight,
         field.font.isMonospaced ? "font-family: monospace;" : ""));
     gtk_editable_set_alignment(editable(), positionFor(field.alignment));
     gtk_widget_set_hexpand(m_widget.get(), TRUE);
@@ -106,6 +112,15 @@ void AccentTextFieldGtk::connect()
             self->m_coordinator.doCommand(TextCommand::InsertNewline);
         }),
         this);
+
+    // With Super a key is a command, such as the seal gesture, and no letter.
+    auto* keys = gtk_event_controller_key_new();
+    gtk_event_controller_set_propagation_phase(keys, GTK_PHASE_CAPTURE);
+    g_signal_connect(keys, "key-pressed",
+        G_CALLBACK(+[](GtkEventControllerKey*, guint, guint, GdkModifierType state,
+                        gpointer) -> gboolean { return (state & GDK_SUPER_MASK) != 0; }),
+        nullptr);
+    gtk_widget_add_controller(m_widget.get(), keys);
 }
 
 void AccentTextFieldGtk::update(AccentTextField field)

@@ -16,7 +16,11 @@ namespace quillox {
 /// calls `focus` when that is clicked.
 class AccentTextFieldGtk final {
 public:
-    AccentTextFieldGtk(AccentTextField, RunLoop&);
+    /// Where the text gets its colour from: the description, or the place of the field in the style
+    /// sheet, whose text it then looks like in light and dark.
+    enum class TextColor { Described, Inherited };
+
+    AccentTextFieldGtk(AccentTextField, RunLoop&, TextColor = TextColor::Described);
     ~AccentTextFieldGtk();
     AccentTextFieldGtk(const AccentTextFieldGtk&) = delete;
     AccentTextFieldGtk& operator=(const AccentTextFieldGtk&) = delete;
@@ -32,7 +36,7 @@ public:
     bool isFocused() const;
 
 private:
-    void applyLook(const AccentTextField&);
+    void applyLook(const AccentTextField&, TextColor);
     void makeSecure();
     void connect();
     void showText();

@@ -106,6 +106,8 @@ void ApplicationGtk::addWindow(Gtk::Window& window)
 
 void ApplicationGtk::addSealedWindow(Gtk::Window& window)
 {
+    for (auto* side : std::vector(m_sideWindows))
+        side->close();
     m_sealedWindows.push_back(&window);
     refuseInspector(window);
     window.signal_map().connect([this] {

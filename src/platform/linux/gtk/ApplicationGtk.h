@@ -28,6 +28,13 @@ public:
     /// A window of the setup; its closing is refused while the options say so.
     void addWindow(Gtk::Window&);
 
+    /// A window that the setup opened beside its own: it is closed as soon as a run begins.
+    void addSideWindow(Gtk::Window& window) { m_sideWindows.push_back(&window); }
+    void removeSideWindow(Gtk::Window& window) { std::erase(m_sideWindows, &window); }
+
+    /// The setup's window; none before it is made.
+    Gtk::Window* setupWindow() const { return m_windows.empty() ? nullptr : m_windows.front(); }
+
     /// A window of a run; while there is one, the setup's windows are not brought before it.
     void addSealedWindow(Gtk::Window&);
     void removeSealedWindow(Gtk::Window&);
@@ -55,6 +62,7 @@ private:
     guint m_sessionCookie = 0;
     PresentationOptions m_options = PresentationOptions::Default;
     std::vector<Gtk::Window*> m_windows;
+    std::vector<Gtk::Window*> m_sideWindows;
     std::vector<Gtk::Window*> m_sealedWindows;
 };
 

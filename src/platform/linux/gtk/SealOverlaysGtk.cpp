@@ -24,6 +24,11 @@ SealPanelGtk::~SealPanelGtk()
     widget().unparent();
 }
 
+void SealPanelGtk::moveToTop()
+{
+    get<Gtk::Widget>("panel").set_valign(Gtk::Align::START);
+}
+
 void SealPanelGtk::setShown(bool isShown)
 {
     get<Gtk::Widget>("panel").set_visible(isShown);

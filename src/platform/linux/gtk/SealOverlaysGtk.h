@@ -19,6 +19,9 @@ public:
     /// Covers what it is laid over; only the panel in it shows.
     Gtk::Widget& widget() { return get<Gtk::Widget>("cover"); }
 
+    /// Makes a banner of it, which hangs from the top edge.
+    void moveToTop();
+
 protected:
     template <typename Widget> Widget& get(const char* id)
     {

@@ -12,6 +12,20 @@ std::string cssColor(const Color& color)
         "rgba({},{},{},{:.3f})", byte(color.red), byte(color.green), byte(color.blue), color.alpha);
 }
 
+Color textColor(const Gtk::Widget& widget)
+{
+    const auto color = widget.get_style_context()->get_color();
+    return { color.get_red(), color.get_green(), color.get_blue(), color.get_alpha() };
+}
+
+void setStyleClass(Gtk::Widget& widget, const char* name, bool isSet)
+{
+    if (isSet)
+        widget.add_css_class(name);
+    else
+        widget.remove_css_class(name);
+}
+
 WidgetStyle::WidgetStyle(Gtk::Widget& widget)
 {
     widget.get_style_context()->add_provider(

@@ -11,6 +11,12 @@ namespace quillox {
 
 std::string cssColor(const Color&);
 
+/// What text in the widget has by the style sheet, as the widget is now.
+Color textColor(const Gtk::Widget&);
+
+/// Gives a widget a class of the style sheet, or takes it away.
+void setStyleClass(Gtk::Widget&, const char* name, bool isSet);
+
 /// Style of one widget that the style sheet cannot know, because the core says it.
 class WidgetStyle final {
 public:

@@ -33,6 +33,9 @@ public:
     virtual void present(Gtk::Window&) = 0;
 
     virtual bool canCoverSeparateScreens() const = 0;
+
+    /// Whether an ordinary window gets a whole screen, since nobody arranges windows.
+    virtual bool fillsScreen() const = 0;
 };
 
 /// For the display server that GTK talks to.

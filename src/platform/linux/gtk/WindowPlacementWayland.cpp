@@ -35,6 +35,11 @@ bool WindowPlacementWayland::canCoverSeparateScreens() const
     return !isSingleWindowCompositor();
 }
 
+bool WindowPlacementWayland::fillsScreen() const
+{
+    return isSingleWindowCompositor();
+}
+
 void WindowPlacementWayland::prepare(Gtk::Window& window)
 {
     // A compositor's own commands can end it.

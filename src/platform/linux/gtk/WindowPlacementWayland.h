@@ -20,6 +20,7 @@ public:
     void takeKeyboard(Gtk::Window&) override;
     void present(Gtk::Window&) override;
     bool canCoverSeparateScreens() const override;
+    bool fillsScreen() const override;
 
 private:
     void fillScreen(Gtk::Window&);

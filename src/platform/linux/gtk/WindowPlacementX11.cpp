@@ -95,7 +95,7 @@ void WindowPlacementX11::present(Gtk::Window& window)
     window.set_visible(true);
     auto* surface = gtk_native_get_surface(GTK_NATIVE(window.gobj()));
     gtk_window_present_with_time(window.gobj(), gdk_x11_get_server_time(surface));
-    if (hasWindowManager())
+    if (!fillsScreen())
         return;
     // Nobody else gives it a place then.
     if (const auto main = m_screens.mainScreen()) {

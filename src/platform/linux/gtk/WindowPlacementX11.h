@@ -21,6 +21,7 @@ public:
     void takeKeyboard(Gtk::Window&) override;
     void present(Gtk::Window&) override;
     bool canCoverSeparateScreens() const override { return true; }
+    bool fillsScreen() const override { return !hasWindowManager(); }
 
     /// Whether any client manages the windows of the screen.
     bool hasWindowManager() const;

@@ -1,22 +1,27 @@
 #pragma once
 
-#include "ports/Application.h"
-#include "ports/Dialogs.h"
+#include "platform/linux/system/GlibOwner.h"
 #include "ports/SystemLog.h"
 #include "ports/Workspace.h"
+#include "support/Lifetime.h"
+
+#include <gio/gio.h>
+#include <memory>
+#include <string>
 
 namespace quillox {
 
-/// Opens addresses with the desktop's default programs. The address of the keyboard lock's
-/// permission opens a help window of our own, which says what this session lacks.
+class ApplicationGtk;
+class HelpWindowGtk;
+class WindowPlacement;
+
+/// Opens addresses with the desktop's default programs. The setup guide, at which the address of
+/// the keyboard lock's permission leads, too, comes with the program: the default browser shows it,
+/// or a window of our own where there is none. Nothing is opened while a page is sealed.
 class WorkspaceGtk final : public Workspace {
 public:
-    WorkspaceGtk(Application& application, Dialogs& dialogs, SystemLog& log)
-        : m_application(application)
-        , m_dialogs(dialogs)
-        , m_log(log)
-    {
-    }
+    WorkspaceGtk(ApplicationGtk&, WindowPlacement&, SystemLog&);
+    ~WorkspaceGtk() override;
 
     void open(const std::string& url) override;
     /// The new instance takes this one's place in the same process, once the main loop has ended.
@@ -24,12 +29,21 @@ public:
     bool wantsRelaunch() const { return m_wantsRelaunch; }
 
 private:
-    void showPermissionHelp();
+    struct Attempt;
 
-    Application& m_application;
-    Dialogs& m_dialogs;
+    bool isSealed() const;
+    void openGuide(const std::string& anchor);
+    void showGuide(const std::string& anchor);
+    void handleGuideClosed();
+    void logFailure(const GError*);
+
+    ApplicationGtk& m_application;
+    WindowPlacement& m_placement;
     SystemLog& m_log;
+    GObjectOwner<GCancellable> m_cancellable;
+    std::unique_ptr<HelpWindowGtk> m_guide;
     bool m_wantsRelaunch = false;
+    Lifetime m_lifetime;
 };
 
 } // namespace quillox

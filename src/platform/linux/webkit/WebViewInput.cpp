@@ -109,10 +109,20 @@ namespace {
         }
     }
 
+    /// The engine keeps a hidden text widget to look key bindings up in. When Tab runs off the end
+    /// of the page the keyboard would go there, and no key would reach the page again.
+    void keepKeyboardInPage(GtkWidget* view)
+    {
+        for (auto* child = gtk_widget_get_first_child(view); child;
+             child = gtk_widget_get_next_sibling(child))
+            gtk_widget_set_can_focus(child, FALSE);
+    }
+
 } // namespace
 
 void closeInputWays(WebKitWebView* view)
 {
+    keepKeyboardInPage(GTK_WIDGET(view));
     addInputFilter(GTK_WIDGET(view));
     guardDropTargets(GTK_WIDGET(view));
 }

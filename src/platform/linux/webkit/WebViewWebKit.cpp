@@ -129,11 +129,6 @@ void WebViewWebKit::configure()
     closeInputWays(m_view.get());
     constexpr GdkRGBA black { 0, 0, 0, 1 };
     webkit_web_view_set_background_color(m_view.get(), &black);
-    // The engine keeps a hidden text widget to look key bindings up in. When Tab runs off the end
-    // of the page the keyboard would go there, and no key would reach the page again.
-    for (auto* child = gtk_widget_get_first_child(GTK_WIDGET(m_view.get())); child;
-         child = gtk_widget_get_next_sibling(child))
-        gtk_widget_set_can_focus(child, FALSE);
 }
 
 void WebViewWebKit::setAllowsMagnification(bool allowed)
