@@ -1,0 +1,47 @@
+# What a package installs, beneath the prefix. The program finds its modules and its guide beside itself; the unit and
+# the sessions name it by its whole path, so that the prefix is to be chosen when the build is configured.
+set(CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE
+  GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(QUILLOX_PACKAGE_CONTACT "quillox@orvendal.com" CACHE STRING "Address of the package's maintainer")
+
+set(packaging ${PROJECT_SOURCE_DIR}/packaging)
+set(prepared ${PROJECT_BINARY_DIR}/packaging)
+set(QUILLOX_SESSION_PROGRAM ${CMAKE_INSTALL_PREFIX}/bin/quillox)
+set(QUILLOX_SESSION ${CMAKE_INSTALL_PREFIX}/lib/quillox/session)
+# As the program itself writes it: quoted, and dollar signs left alone.
+set(QUILLOX_EXECUTABLE ":\"${CMAKE_INSTALL_PREFIX}/bin/quillox\"")
+string(TIMESTAMP QUILLOX_RELEASE_DATE "%Y-%m-%d" UTC)
+string(TIMESTAMP QUILLOX_CHANGELOG_DATE "%a, %d %b %Y %H:%M:%S +0000" UTC)
+
+configure_file(${packaging}/com.orvendal.quillox.watchdog.service.in
+  ${prepared}/com.orvendal.quillox.watchdog.service @ONLY)
+configure_file(${packaging}/metainfo/com.orvendal.quillox.metainfo.xml.in
+  ${prepared}/com.orvendal.quillox.metainfo.xml @ONLY)
+configure_file(${packaging}/sessions/session.in ${prepared}/session @ONLY)
+configure_file(${packaging}/sessions/quillox.wayland.desktop.in
+  ${prepared}/wayland-sessions/quillox.desktop @ONLY)
+configure_file(${packaging}/sessions/quillox.x11.desktop.in
+  ${prepared}/xsessions/quillox.desktop @ONLY)
+configure_file(${packaging}/debian/changelog.in ${prepared}/changelog @ONLY)
+configure_file(${packaging}/man/quillox.1.in ${prepared}/quillox.1 @ONLY)
+
+find_program(GZIP gzip REQUIRED)
+foreach(text changelog quillox.1)
+  execute_process(COMMAND ${GZIP} -9nkf ${prepared}/${text} COMMAND_ERROR_IS_FATAL ANY)
+endforeach()
+
+install(TARGETS quillox RUNTIME DESTINATION bin)
+install(TARGETS quillox-web-extension
+  LIBRARY DESTINATION lib/${CMAKE_LIBRARY_ARCHITECTURE}/quillox/web-extensions
+  PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
+install(FILES ${PROJECT_SOURCE_DIR}/resources/setup-guide/index.html DESTINATION share/quillox/setup-guide)
+install(DIRECTORY ${packaging}/icons/hicolor DESTINATION share/icons)
+install(FILES ${packaging}/com.orvendal.quillox.desktop DESTINATION share/applications)
+install(FILES ${prepared}/com.orvendal.quillox.metainfo.xml DESTINATION share/metainfo)
+install(FILES ${prepared}/quillox.1.gz DESTINATION share/man/man1)
+install(FILES ${prepared}/com.orvendal.quillox.watchdog.service DESTINATION lib/systemd/user)
+install(FILES ${prepared}/wayland-sessions/quillox.desktop DESTINATION share/wayland-sessions)
+install(FILES ${prepared}/xsessions/quillox.desktop DESTINATION share/xsessions)
+install(PROGRAMS ${prepared}/session DESTINATION lib/quillox)
+install(FILES ${packaging}/debian/copyright ${prepared}/changelog.gz DESTINATION share/doc/quillox)
+install(FILES ${packaging}/sessions/xorg-dedicated.conf DESTINATION share/doc/quillox/examples)
