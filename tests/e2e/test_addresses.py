@@ -4,14 +4,12 @@ import json
 import re
 import threading
 from collections import Counter
-from contextlib import suppress
-from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 from pathlib import Path
-from socket import AF_INET6
 
 import pytest
 from rig.site import PAGE
 from rig.waiting import wait_for
+from rig.web import Handler, Server
 
 CORPUS = Path(__file__).parent.parent / "corpus/addresses.txt"
 GOOD = "good.localhost"  # Every name below localhost leads to this machine, without a name server.
@@ -83,44 +81,25 @@ class Servers:
         self.foreign = []  # (number of the attempt, host) of requests that were not for the site
         self._lock = threading.Lock()
 
-        class Handler(BaseHTTPRequestHandler):
+        class AnyHandler(Handler):
             def do_GET(self):
                 host = (self.headers["Host"] or "").rsplit(":", 1)[0]
                 if host != GOOD and not host.endswith("." + GOOD):
                     servers.foreign.append((servers.given, host))
-                    return self._answer(ELSEWHERE.format(servers.url).encode())
+                    return self.answer(ELSEWHERE.format(servers.url).encode())
                 servers.clickable += self.path == "/clickable"
-                self._answer(json.dumps(servers.next()).encode() if self.path == "/next"
-                             else DRIVER if self.path == "/" and host == GOOD else b"")
+                self.answer(json.dumps(servers.next()).encode() if self.path == "/next"
+                            else DRIVER if self.path == "/" and host == GOOD else b"")
 
-            def _answer(self, body):
-                self.send_response(200)
-                self.send_header("Content-Type", "text/html")
-                self.send_header("Content-Length", str(len(body)))
-                self.end_headers()
-                with suppress(ConnectionError):  # Frames are taken away while they load.
-                    self.wfile.write(body)
-
-            def log_message(self, *_):
-                pass
-
-        class Server(ThreadingHTTPServer):
-            address_family = AF_INET6  # and, as Linux has it, IPv4 too
-            request_queue_size = 256
-
-        self._server = Server(("::", 0), Handler)
+        self._server = Server(AnyHandler, "::")  # and, as Linux has it, by IPv4 too
+        self.end = self._server.end
         self.port = self._server.server_port
         self.url = f"http://{GOOD}:{self.port}/"
-        threading.Thread(target=self._server.serve_forever, daemon=True).start()
 
     def next(self):
         with self._lock:
             self.given += 1
         return self.attempts[self.given - 1] if self.given <= len(self.attempts) else None
-
-    def end(self):
-        self._server.shutdown()
-        self._server.server_close()
 
 
 @pytest.fixture

@@ -5,7 +5,7 @@ import time
 import pytest
 from rig.bed import Bed
 from rig.site import PAGE
-from rig.unreliable import Cable, UnreliableServer, kiosks, seal, shows_notice
+from rig.unreliable import Cable, UnreliableServer, kiosks, shows_notice
 from rig.waiting import wait_for
 
 # One column for each kiosk. In the first row the server is like that from the start.
@@ -37,7 +37,7 @@ def test_covers_whatever_goes_wrong_until_the_page_is_back():
 def test_covers_an_address_that_the_engine_refuses(bed):
     bed.settings(url="http://127.0.0.1:25/")
     bed.start()
-    seal(bed)
+    bed.hold_to_seal()
     wait_for("notice", lambda: shows_notice(bed))
 
 

@@ -3,7 +3,7 @@
 import time
 
 import pytest
-from rig.bed import UNSEAL_KEYS
+from rig.bed import GESTURE
 from rig.site import page_picture
 from rig.waiting import wait_for
 
@@ -14,7 +14,7 @@ DISPLAYS = pytest.mark.on("openbox", "no window manager", "sway")
 def test_held_on_it_ends_the_run_once(bed):
     bed.seal_page("keys")
     requests = bed.site.requests
-    with bed.display.hold(UNSEAL_KEYS):
+    with bed.display.hold(GESTURE):
         start = time.monotonic()
         bed.wait_unsealed()
         assert time.monotonic() - start >= 1
@@ -30,7 +30,7 @@ def test_held_since_before_the_run_it_does_not_end_it(bed):
     bed.settings(url=bed.site.url + "keys", autoStartKiosk=True)
     bed.start()
     bed.display.focus_setup()
-    with bed.display.hold(UNSEAL_KEYS):
+    with bed.display.hold(GESTURE):
         bed.wait_sealed()
         keep(bed.is_sealed, 1.5)
     bed.seen_keys()  # By now the release has been noticed.

@@ -26,7 +26,7 @@ def quiet(bed):
 @pytest.mark.on("openbox")
 @pytest.mark.parametrize("bus", ["session bus", "no bus", "bus is not named"])
 def test_second_launch_activates_the_first(quiet, bus):
-    address = {"session bus": quiet.session_bus, "no bus": lambda: "disabled:", "bus is not named": lambda: None}
+    address = {"session bus": quiet.home.session_bus, "no bus": lambda: "disabled:", "bus is not named": lambda: None}
     environment = {"DBUS_SESSION_BUS_ADDRESS": address[bus]()}
     quiet.start(environment=environment)
     quiet.display.focus_setup()

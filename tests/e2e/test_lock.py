@@ -38,7 +38,7 @@ def test_killed_run_leaves_the_keyboard_as_it_was(bed):
 
     bed.process = None
     bed.start()
-    bed.seal()
+    bed.wait_sealed()
     bed.unseal()
     bed.close()
 

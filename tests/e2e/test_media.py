@@ -2,12 +2,11 @@
 
 import os
 import subprocess
-import threading
-from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 
 import pytest
 from rig.home import needs
 from rig.site import PAGE
+from rig.web import Handler, Server
 
 PICTURE = "video/x-raw,width=160,height=120,framerate=25/1"
 # Six seconds: red, then blue, with a tone.
@@ -102,21 +101,13 @@ def films(bed):
 @pytest.fixture
 def foreign():
     """Another site, which tries to play what is in the folder."""
-    class Handler(BaseHTTPRequestHandler):
+    class Foreign(Handler):
         def do_GET(self):
-            self.send_response(200)
-            self.send_header("Content-Type", "text/html")
-            self.end_headers()
-            self.wfile.write(PAGE if self.path == "/bands.html" else page(FOREIGN, FILMS=list(FILMS)))
+            self.answer(PAGE if self.path == "/bands.html" else page(FOREIGN, FILMS=list(FILMS)))
 
-        def log_message(self, *_):
-            pass
-
-    server = ThreadingHTTPServer(("127.0.0.1", 0), Handler)
-    threading.Thread(target=server.serve_forever, daemon=True).start()
+    server = Server(Foreign)
     yield f"http://127.0.0.1:{server.server_port}/"
-    server.shutdown()
-    server.server_close()
+    server.end()
 
 
 @pytest.mark.on("openbox")

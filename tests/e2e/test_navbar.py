@@ -2,7 +2,6 @@
 
 import pytest
 from PIL import Image, ImageChops, ImageColor
-from rig.bed import SEAL_KEYS
 from rig.site import WALK, page_picture
 from rig.unreliable import NOTICE
 from rig.waiting import wait_for
@@ -138,8 +137,7 @@ def begin(bed, inset, output="screen", scale=1, **settings):
     bed.settings(url=bed.site.url + "walk/1", **settings)
     bed.choose(output)
     bed.start(environment={"QUILLOX_SAFE_AREA_TOP": f"{output}={inset}", "GDK_SCALE": str(scale)})
-    bed.display.focus_setup()
-    bed.display.press(SEAL_KEYS)
+    bed.hold_to_seal()
 
 
 def walked(bed):

@@ -3,6 +3,7 @@
 import json
 
 import pytest
+from rig.a11y import Screen
 from rig.waiting import wait_for
 
 ACCEPT, TO_PATH = ("Tab", "Tab", "Return"), ("shift+Tab", "shift+Tab", "ctrl+a")
@@ -11,10 +12,10 @@ CHOICES = [  # a key for the list, more keys, typed text, more keys; the folder 
     ("Home", (), "", ACCEPT, "a site", "index.html"),
     ("End", ("Return",), "", (), "", "zebra.html"),
     ("Home", ("Return",), "", ACCEPT, "a site", "index.html"),
-    ("End", (), "", ("Escape",), "a site", "index.html"),
+    ("End", (), "", ("Escape",), None, "index.html"),
     (None, TO_PATH, "~/a site/start.html", ("Return",), "a site", "start.html"),
-    (None, TO_PATH, "missing", ("Return", "Escape"), "a site", "start.html"),
-    (None, TO_PATH, "notes.txt", ("Return", "Escape"), "a site", "start.html"),
+    (None, TO_PATH, "missing", ("Return", "Escape"), None, "index.html"),
+    (None, TO_PATH, "notes.txt", ("Return", "Escape"), None, "index.html"),
     (None, TO_PATH, "a site", ("Return", *ACCEPT), "a site", "index.html"),
 ]
 
@@ -25,10 +26,11 @@ def test_choices(bed):
     for name in ("zebra.html", "zz.txt", "notes.txt", ".zz.html", "a site/start.html"):
         (bed.home.folder / name).write_text("<!doctype html>" if name.endswith("html") else "text")
     bed.settings(sourceKind="remote")
+    screen = Screen(bed)
     bed.start()
     for row, keys, text, more_keys, folder, page in CHOICES:
         bed.display.focus_setup()
-        bed.display.press("alt+f")
+        screen.press("Choose a folder or an HTML file")
         bed.display.focus_open_panel()
         if row:
             select_row(bed.display, row)
@@ -36,8 +38,11 @@ def test_choices(bed):
         bed.display.enter(text)
         press_all(bed.display, more_keys)
         wait_for("end of the panel", lambda: not bed.display.open_panel())
-        chosen = str(bed.home.folder / folder), page
+        chosen = "" if folder is None else str(bed.home.folder / folder), page
         wait_for(f"choice of {chosen}", lambda: stored_choice(bed) == chosen)
+        if folder is not None:
+            bed.display.focus_setup()
+            screen.press("Use a website address instead")
     assert "CRITICAL" not in bed.log, bed.log
     bed.close()
 

@@ -9,6 +9,7 @@ from Xlib.display import Display
 from .waiting import wait_for
 from .wayland import Sway
 from .x11 import X11
+from .x11 import xfwm4 as desktop
 
 BINDINGS = ("alt+Tab", "alt+F4", "alt+F2", "super+e", "ctrl+alt+t", "ctrl+alt+Right", "Print", "XF86AudioMute",
             "XF86AudioPlay", "super+shift+s")
@@ -98,7 +99,7 @@ def xfwm4(home):
     channel("xfce4-keyboard-shortcuts", "xfwm4", "custom", properties="<property name='override' type='bool' value='true'/>"
             + "".join(f"<property name={quoteattr(spelled(keys, '<Alt>', '<Primary>', '<Shift>', '<Super>'))} "
                       f"type='string' value='workspace_{number}_key'/>" for number, keys in enumerate(BINDINGS, start=2)))
-    server = X11(home, manager=("dbus-run-session", "--", "xfwm4", "--compositor=off"))
+    server = desktop(home)
     events = Events(server)
     workspace = events.display.intern_atom("_NET_CURRENT_DESKTOP")
     events.root.change_attributes(event_mask=X.PropertyChangeMask)

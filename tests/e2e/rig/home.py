@@ -13,6 +13,7 @@ import pytest
 from .waiting import wait_for
 
 ORDINARY_USER = 65534
+DIES_WITH_US = ("setpriv", "--pdeathsig=KILL")  # though the tests be killed; followed by a command
 
 
 def needs(*programs):
@@ -26,10 +27,9 @@ def as_ordinary_user(folder):
     """The words that start a program which refuses to run as root; the folder becomes its own."""
     if os.geteuid() != 0:
         return []
-    needs("setpriv")
     for path in (folder, *folder.rglob("*")):
         os.chown(path, ORDINARY_USER, ORDINARY_USER)
-    return ["setpriv", f"--reuid={ORDINARY_USER}", f"--regid={ORDINARY_USER}", "--clear-groups"]
+    return [*DIES_WITH_US, f"--reuid={ORDINARY_USER}", f"--regid={ORDINARY_USER}", "--clear-groups"]
 
 
 class Home:
@@ -60,12 +60,18 @@ class Home:
         log = options.pop("log", None) or f"{len(self._started):02}-{Path(command[0]).name}"
         with open(self.logs / log, "ab") as output:
             process = subprocess.Popen(
-                [str(word) for word in command],
+                [*DIES_WITH_US, *map(str, command)],
                 env={name: value for name, value in environment.items() if value is not None},
                 stdin=subprocess.DEVNULL, stdout=options.pop("stdout", output), stderr=output,
                 start_new_session=True, **options)
         self._started.append(process)
         return process
+
+    def session_bus(self):
+        """Starts a session bus; returns its address."""
+        needs("dbus-daemon")
+        bus = self.start("dbus-daemon", "--session", "--nofork", "--print-address", stdout=subprocess.PIPE, text=True)
+        return bus.stdout.readline().strip()
 
     def run(self, *command, environment=None):
         """The output of a program that must succeed."""

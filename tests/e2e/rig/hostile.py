@@ -5,15 +5,13 @@ the page tells what came of it.
 """
 
 import json
-import ssl
 import threading
-from contextlib import suppress
-from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 from urllib.parse import unquote, urlsplit
 
-from .home import needs
 from .site import PAGE
+from .tls import server_context
 from .waiting import wait_for
+from .web import Handler, Server
 
 GOOD, EVIL = "good.localhost", "evil.localhost"
 POLL = 20.0  # seconds that a page waits for its next step at a time
@@ -56,24 +54,13 @@ async function obey() {
 
 class HostileSite:
     def __init__(self, home):
-        needs("openssl")
         self.requests = []  # host and path of everything that was asked for but by the pages' own machinery
         self.seen = []  # lists of events that pages saw until the pointer came to their fourth column
         self._change = threading.Condition()
         self._steps = []
         self.page = None  # path and number of the last one that asked for a step
         self.ready, self.answers = -1, {}
-        certificate = home.folder / "certificate.pem"
-        home.run("openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes",
-                 "-days", "2", "-subj", f"/CN={GOOD}", "-keyout", certificate, "-out", certificate)
-        context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
-        context.load_cert_chain(certificate)
-        self._servers = [ThreadingHTTPServer(("127.0.0.1", 0), self._handler()) for _ in range(2)]
-        self._servers[1].socket = context.wrap_socket(self._servers[1].socket, server_side=True,
-                                                      do_handshake_on_connect=False)
-        for server in self._servers:
-            server.daemon_threads = True
-            threading.Thread(target=server.serve_forever, daemon=True).start()
+        self._servers = [Server(self._handler(), context=context) for context in (None, server_context(home, GOOD))]
 
     def address(self, host, is_secure=False):
         scheme = "https" if is_secure else "http"
@@ -110,8 +97,7 @@ class HostileSite:
             self.page = None
             self._change.notify_all()
         for server in self._servers:
-            server.shutdown()
-            server.server_close()
+            server.end()
 
     def _next_step(self, page):
         """The next step for a page, None when there is none for long, or for another page."""
@@ -124,24 +110,24 @@ class HostileSite:
     def _handler(self):
         site = self
 
-        class Handler(BaseHTTPRequestHandler):
+        class SiteHandler(Handler):
             protocol_version = "HTTP/1.1"
 
             def do_GET(self):
                 host, url = (self.headers["Host"] or "").split(":")[0], urlsplit(self.path)
                 if url.path == "/next":
                     step = site._next_step(url.query)
-                    return self._answer(json.dumps(step).encode()) if step else self._answer(b"", 204)
+                    return self.answer(json.dumps(step).encode()) if step else self.answer(b"", 204)
                 site.requests.append((host, self.path))
                 if url.path.startswith("/redirect/") and (left := int(url.path[10:])):
                     target = f"/redirect/{left - 1}?{url.query}" if left > 1 else unquote(url.query)
-                    return self._answer(b"", 302, Location=target)
+                    return self.answer(b"", 302, Location=target)
                 answer = ANSWERS.get("/" + url.path.split("/")[1], lambda _: (200, {}, AGENT))
                 status, headers, body = answer(unquote(url.query))
-                return self._answer(body, status, **headers)
+                return self.answer(body, status, **headers)
 
             def do_POST(self):
-                value = self.rfile.read(int(self.headers["Content-Length"] or 0))
+                value = self.content()
                 _, what, *number = self.path.split("/")
                 if what == "ready":
                     site.ready = int(number[0])
@@ -152,24 +138,9 @@ class HostileSite:
                     site.seen.append(json.loads(value))
                 else:
                     return self.do_GET()
-                return self._answer(b"", 204)
+                return self.answer(b"", 204)
 
-            def _answer(self, body, status=200, kind="text/html", **headers):
-                self.send_response(status)
-                for name, text in {"Content-Type": kind, "Content-Length": str(len(body)), **headers}.items():
-                    self.send_header(name.replace("_", "-"), text)
-                self.end_headers()
-                if status != 204:
-                    self.wfile.write(body)
-
-            def log_message(self, *_):
-                pass
-
-            def handle(self):
-                with suppress(OSError):  # The page went, or does not trust us.
-                    super().handle()
-
-        return Handler
+        return SiteHandler
 
 
 def file(kind, content=b"stolen", **headers):

@@ -27,9 +27,7 @@ class Siege:
         self._before = self._state()
 
     def _start(self, url, settings):
-        self.bed.settings(url=url, **settings)
-        self.bed.start()
-        self.bed.seal()
+        self.bed.start_sealed(url=url, **settings)
 
     def __enter__(self):
         return self

@@ -1,10 +1,10 @@
 """A page whose every pixel is known, served on the loopback interface."""
 
 import json
-import threading
-from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 
 from PIL import Image
+
+from .web import Handler, Server
 
 BAND = 16
 COLOURS = {"left": "#1040f0", "right": "#f0c010", "top": "#e01030", "bottom": "#10c040"}
@@ -68,34 +68,20 @@ class Site:
         self.paths = []  # that were asked for
         self.told = []  # by the page of keys
 
-        class Handler(BaseHTTPRequestHandler):
+        class SiteHandler(Handler):
             def do_GET(self):
                 site.paths.append(self.path)
                 if self.path != f"/walk/{len(WALK) + 1}":
-                    self._answer(PAGES.get(self.path, PAGE))
+                    self.answer(PAGES.get(self.path, PAGE))
 
             def do_POST(self):
-                site.told.append(json.loads(self.rfile.read(int(self.headers["Content-Length"]))))
-                self._answer(b"")
+                site.told.append(json.loads(self.content()))
+                self.answer()
 
-            def _answer(self, page):
-                self.send_response(200)
-                self.send_header("Content-Type", "text/html")
-                self.send_header("Content-Length", str(len(page)))
-                self.end_headers()
-                self.wfile.write(page)
-
-            def log_message(self, *_):
-                pass
-
-        self._server = ThreadingHTTPServer(("127.0.0.1", 0), Handler)
+        self._server = Server(SiteHandler)
+        self.end = self._server.end
         self.url = f"http://127.0.0.1:{self._server.server_port}/"
-        threading.Thread(target=self._server.serve_forever, daemon=True).start()
 
     @property
     def requests(self):
         return len(self.paths)
-
-    def end(self):
-        self._server.shutdown()
-        self._server.server_close()

@@ -4,16 +4,16 @@ import contextlib
 import ctypes
 import os
 import socket
-import ssl
 import struct
 import threading
 import time
 
 import pytest
 
-from .bed import SEAL_KEYS, Bed
+from .bed import Bed
 from .home import needs
 from .site import PAGE
+from .tls import server_context
 from .waiting import wait_for
 
 # The known page, which asks for itself again every second, so that it meets what its server does.
@@ -52,14 +52,8 @@ def kiosks(behaviours):
         for bed, _ in pairs:
             bed.start()
         for bed, _ in pairs:
-            seal(bed)
+            bed.hold_to_seal()
         yield pairs
-
-
-def seal(bed):
-    """Without a look at the page, which may not come."""
-    bed.display.focus_setup()
-    bed.display.press(SEAL_KEYS)
 
 
 def shows_notice(bed):
@@ -135,9 +129,8 @@ class UnreliableServer:
 
     def bad_certificate(self, connection):
         """The page moves to a server of its own host that signed its certificate itself."""
-        context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
-        context.load_cert_chain(self._certificate())
-        secure = context.wrap_socket(self._make_listener(0), server_side=True, do_handshake_on_connect=False)
+        secure = server_context(self._home, self._host).wrap_socket(
+            self._make_listener(0), server_side=True, do_handshake_on_connect=False)
         self._sockets.append(secure)
         self._serve(secure, lambda visitor: visitor.sendall(answer("200 OK", b"<h1>Not to be trusted")))
         connection.sendall(redirect(f"https://{self._host}:{secure.getsockname()[1]}/"))
@@ -146,14 +139,6 @@ class UnreliableServer:
         self._close_listener()
         for each in self._sockets:
             each.close()
-
-    def _certificate(self):
-        path = self._home.folder / "certificate.pem"
-        if not path.exists():
-            needs("openssl")
-            self._home.run("openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1",
-                           "-nodes", "-days", "2", "-subj", f"/CN={self._host}", "-keyout", path, "-out", path)
-        return path
 
     def _listen(self):
         self._listener = self._make_listener(self._port)

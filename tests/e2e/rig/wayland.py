@@ -59,6 +59,9 @@ class Sway:
     def picture(self, output):
         return Image.open(io.BytesIO(self.run("grim", "-o", output, "-t", "ppm", "-"))).convert("RGB")
 
+    def look(self, box):
+        return self.picture(next(iter(self.outputs()))).crop(box)
+
     def windows(self):
         """The identities of the windows that the compositor shows."""
         return {node["id"] for node in self._nodes() if node.get("pid") and node["visible"]}
@@ -85,6 +88,10 @@ class Sway:
     def setup_window(self):
         return next((node for node in self._nodes() if self._is_setup(node)), None)
 
+    def setup_box(self):
+        rectangle = wait_for("setup window", self.setup_window)["rect"]
+        return tuple(rectangle[key] for key in ("x", "y", "width", "height"))
+
     def close_setup(self):
         self.run("swaymsg", f"[con_id={self.setup_window()['id']}]", "kill")
 
@@ -96,6 +103,9 @@ class Sway:
 
     def click(self, x, y):
         self._outer.click(x, y)
+
+    def enter(self, text):
+        self._outer.enter(text)
 
     def use_layout(self, layout):
         self._outer.use_layout(layout)

@@ -108,7 +108,10 @@ class X11:
 
     def picture(self, output):
         x, y, width, height = self.outputs()[output]
-        return ImageGrab.grab(xdisplay=self.environment["DISPLAY"]).crop((x, y, x + width, y + height))
+        return self.look((x, y, x + width, y + height))
+
+    def look(self, box):
+        return ImageGrab.grab(xdisplay=self.environment["DISPLAY"]).crop(box)
 
     def plug(self, output, mode, position, *options):
         """Connects an output that shows `mode`, or changes one; repeats are harmless."""
@@ -145,6 +148,12 @@ class X11:
             tree = answer(window.query_tree)
             pending += tree.children if tree else []
         return None
+
+    def setup_box(self):
+        """Where its inside lies on the screen, as (x, y, width, height)."""
+        window = wait_for("setup window", self.setup_window)
+        place, size = self._root.translate_coords(window, 0, 0), window.get_geometry()
+        return place.x, place.y, size.width, size.height
 
     def focus_setup(self):
         self._focus(wait_for("setup window", self.setup_window))
@@ -248,6 +257,12 @@ def answer(request, *arguments):
         return request(*arguments)
     except error.XError:
         return None
+
+
+def xfwm4(home):
+    needs("xfwm4")
+    bus = f"DBUS_SESSION_BUS_ADDRESS={home.session_bus()}"
+    return X11(home, manager=("env", bus, "xfwm4", "--compositor=off"))
 
 
 def three_outputs(home):
