@@ -21,8 +21,8 @@ from clients import (ROOT, Client, ClientFailed, Launcher, add_common_arguments,
 from keyboard import Keyboard, activate_window, full_screen_windows
 from stage import HEIGHT, WIDTH, Stage
 
-UNSEAL = ("Super_L", "Shift_L", "s")
-SEAL = ("Alt_L", "s")
+GESTURE = ("Super_L", "Shift_L", "s")
+SEAL_SECONDS = 1.3  # More than the gesture takes; the run begins when its keys go up.
 DEADLINE_SECONDS = 15
 FRAME_SECONDS = 1 / 60
 BAR_WIDTH = 220
@@ -144,7 +144,7 @@ class Holds(Launcher):
     def find_bar_of_hold(self, keyboard: Keyboard, bar: Bar) -> None:
         """By a hold that is given up after two thirds."""
         for _ in range(3):
-            with keyboard.hold(*UNSEAL) as start:
+            with keyboard.hold(*GESTURE) as start:
                 while time.monotonic() < start + 0.65:
                     if bar.find():
                         break
@@ -161,7 +161,7 @@ class Holds(Launcher):
         window = sealed.pop()
         frames = Frames(bar)
         bar.watch(window)
-        with keyboard.hold(*UNSEAL) as start:
+        with keyboard.hold(*GESTURE) as start:
             deadline = start + DEADLINE_SECONDS
             while time.monotonic() < deadline:
                 if drawn := self.drawn(display, deadline, gone := []):
@@ -174,12 +174,12 @@ class Holds(Launcher):
         self.await_that("the setup window", lambda: activate_window(display, "Quillox"))
         self.await_no_page()
 
-        def press() -> bool:
-            with keyboard.hold(*SEAL):
-                time.sleep(0.1)
+        def hold() -> bool:
+            with keyboard.hold(*GESTURE):
+                time.sleep(SEAL_SECONDS)
             return self.comes_true(self.stage.shows_page, 3)
 
-        self.await_that("the sealed page", press)
+        self.await_that("the sealed page", hold)
 
     @staticmethod
     def drawn(display: Display, deadline: float, gone: list) -> float | None:
