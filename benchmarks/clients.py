@@ -91,24 +91,37 @@ class Launcher:
         then, less its prescribed wait."""
         if self.stage.shows_page():
             raise ClientFailed(f"{client.name}: the screen already shows the page")
+        try:
+            with self.running(client) as (process, start):
+                painted = self.await_page(process, start)
+                if painted is None:
+                    raise self.failure(client, process, "page")
+                yield painted - start - client.prescribed_wait
+        finally:
+            self.await_no_page()
+
+    @contextlib.contextmanager
+    def running(self, client: Client) -> Iterator[tuple[subprocess.Popen, float]]:
+        """The client's process, ended at last, and the moment just before its start."""
         profile = self.folder / client.name
         environment = self.environment(profile)
         command = client.prepare(profile, self.stage.address)
-        log = self.folder / f"{client.name}.log"
-        with log.open("wb") as output:
+        with self.log(client).open("wb") as output:
             start = time.monotonic()
             process = subprocess.Popen(command, env=environment, stdin=subprocess.DEVNULL,
                                        stdout=output, stderr=output, start_new_session=True)
         self.leader = process.pid
         try:
-            painted = self.await_page(process, start)
-            if painted is None:
-                raise ClientFailed(f"{client.name} showed no page (exit {process.poll()}):\n"
-                                   f"{log.read_text(errors='replace')[-2000:]}")
-            yield painted - start - client.prescribed_wait
+            yield process, start
         finally:
             end_client(process, self.stage.helpers)
-            self.await_no_page()
+
+    def log(self, client: Client) -> Path:
+        return self.folder / f"{client.name}.log"
+
+    def failure(self, client: Client, process: subprocess.Popen, what: str) -> ClientFailed:
+        return ClientFailed(f"{client.name} showed no {what} (exit {process.poll()}):\n"
+                            f"{self.log(client).read_text(errors='replace')[-2000:]}")
 
     def await_page(self, process: subprocess.Popen, start: float) -> float | None:
         while process.poll() is None and time.monotonic() - start < PAINT_DEADLINE_SECONDS:

@@ -3,18 +3,18 @@
 until its window is painted and has the keyboard. README.md says how to read the result."""
 
 import argparse
+import contextlib
 import json
 import statistics
-import subprocess
 import sys
 import time
+from collections.abc import Iterator
 from pathlib import Path
 
 from Xlib import X
 
 from clients import (PAINT_DEADLINE_SECONDS, POLL_SECONDS, ROOT, Client, ClientFailed, Launcher,
                      add_common_arguments, in_rounds, machine, reach, reach_lines, run_and_report)
-from process_tree import end_client
 from stage import HEIGHT, WIDTH, Stage
 
 MIDDLE = WIDTH // 2, HEIGHT // 2
@@ -30,27 +30,19 @@ class Starts(Launcher):
         self.bare_stage = stage.pixel(*MIDDLE)
 
     def measure(self, client: Client) -> dict[str, float]:
-        return {"start": self.start(client)}
+        with self.usable(client) as seconds:
+            return {"start": seconds}
 
-    def start(self, client: Client) -> float:
+    @contextlib.contextmanager
+    def usable(self, client: Client) -> Iterator[float]:
+        """The client with a usable window. Gives the seconds from the client's start until then."""
         self.await_bare_stage()
-        profile = self.folder / client.name
-        environment = self.environment(profile)
-        command = client.prepare(profile, self.stage.address)
-        log = self.folder / f"{client.name}.log"
-        with log.open("wb") as output:
-            begin = time.monotonic()
-            process = subprocess.Popen(command, env=environment, stdin=subprocess.DEVNULL,
-                                       stdout=output, stderr=output, start_new_session=True)
-        try:
-            while process.poll() is None and time.monotonic() - begin < PAINT_DEADLINE_SECONDS:
-                if self.is_usable():
-                    return time.monotonic() - begin
+        with self.running(client) as (process, begin):
+            while not self.is_usable():
+                if process.poll() is not None or time.monotonic() - begin > PAINT_DEADLINE_SECONDS:
+                    raise self.failure(client, process, "window")
                 time.sleep(POLL_SECONDS)
-            raise ClientFailed(f"{client.name} showed no window (exit {process.poll()}):\n"
-                               f"{log.read_text(errors='replace')[-2000:]}")
-        finally:
-            end_client(process, self.stage.helpers)
+            yield time.monotonic() - begin
 
     def is_usable(self) -> bool:
         """The toolkit paints nothing before all of the window is laid out."""
