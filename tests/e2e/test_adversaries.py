@@ -20,7 +20,8 @@ def test_other_clients_keep_neither_the_screen_nor_the_keyboard(bed):
             bed.display.press(key)
             bed.display.press("Return")
             wait_for("choice", lambda: bed.site.paths.count(f"/chosen/{choice}") == count)
-            bed.wait_sealed()
+            # While the two fight, keys may go past the list to the page, which then still has it open.
+            wait_for("page without its list", lambda: bed.is_sealed() or bed.display.press("Escape"))
         print(f"{kind}: on top for {alone * 1000:.0f} ms, beside a list {beside_list * 1000:.0f} ms")
         assert max(alone, beside_list) <= LONGEST, kind
     bed.unseal()
