@@ -18,10 +18,10 @@ configure_file(${packaging}/com.orvendal.quillox.watchdog.service.in
 configure_file(${packaging}/metainfo/com.orvendal.quillox.metainfo.xml.in
   ${prepared}/com.orvendal.quillox.metainfo.xml @ONLY)
 configure_file(${packaging}/sessions/session.in ${prepared}/session @ONLY)
-configure_file(${packaging}/sessions/quillox.wayland.desktop.in
-  ${prepared}/wayland-sessions/quillox.desktop @ONLY)
-configure_file(${packaging}/sessions/quillox.x11.desktop.in
-  ${prepared}/xsessions/quillox.desktop @ONLY)
+# Different names: display managers look for both kinds by the name alone.
+foreach(session quillox-wayland quillox-x11)
+  configure_file(${packaging}/sessions/${session}.desktop.in ${prepared}/${session}.desktop @ONLY)
+endforeach()
 configure_file(${packaging}/debian/changelog.in ${prepared}/changelog @ONLY)
 configure_file(${packaging}/man/quillox.1.in ${prepared}/quillox.1 @ONLY)
 
@@ -40,8 +40,7 @@ install(FILES ${packaging}/com.orvendal.quillox.desktop DESTINATION share/applic
 install(FILES ${prepared}/com.orvendal.quillox.metainfo.xml DESTINATION share/metainfo)
 install(FILES ${prepared}/quillox.1.gz DESTINATION share/man/man1)
 install(FILES ${prepared}/com.orvendal.quillox.watchdog.service DESTINATION lib/systemd/user)
-install(FILES ${prepared}/wayland-sessions/quillox.desktop DESTINATION share/wayland-sessions)
-install(FILES ${prepared}/xsessions/quillox.desktop DESTINATION share/xsessions)
+install(FILES ${prepared}/quillox-wayland.desktop DESTINATION share/wayland-sessions)
+install(FILES ${prepared}/quillox-x11.desktop DESTINATION share/xsessions)
 install(PROGRAMS ${prepared}/session DESTINATION lib/quillox)
 install(FILES ${packaging}/debian/copyright ${prepared}/changelog.gz DESTINATION share/doc/quillox)
-install(FILES ${packaging}/sessions/xorg-dedicated.conf DESTINATION share/doc/quillox/examples)

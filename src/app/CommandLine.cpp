@@ -2,6 +2,7 @@
 
 #include "app/ConfigDocument.h"
 #include "app/QuilloxApp.h"
+#include "app/SetupSessionArguments.h"
 #include "config/SettingsFields.h"
 
 #include <fmt/format.h>
@@ -167,6 +168,14 @@ namespace {
         return usage(request);
     }
 
+    CommandLine parseSetupSession(const std::vector<std::string>& arguments)
+    {
+        auto request = setupSessionRequest(arguments);
+        if (!request)
+            return failure(fmt::format("usage: quillox setup-session {}", setupSessionUsage));
+        return { .kind = CommandLine::Kind::setupSession, .setupSession = std::move(*request) };
+    }
+
     CommandLine parseDoctor(const std::vector<std::string>& arguments)
     {
         const auto isJson = arguments.size() == 1 && arguments[0] == "--json";
@@ -186,6 +195,8 @@ CommandLine CommandLine::parse(const std::vector<std::string>& arguments)
         return parseConfig({ arguments.begin() + 1, arguments.end() });
     if (first == "usage")
         return parseUsage({ arguments.begin() + 1, arguments.end() });
+    if (first == "setup-session")
+        return parseSetupSession({ arguments.begin() + 1, arguments.end() });
     if (arguments.size() == 1 && first == "--version")
         return { .kind = Kind::version };
     if (arguments.size() == 1 && isHelp(first))
@@ -196,8 +207,8 @@ CommandLine CommandLine::parse(const std::vector<std::string>& arguments)
         return { .kind = Kind::keepAlive };
     if (first == "doctor")
         return parseDoctor({ arguments.begin() + 1, arguments.end() });
-    const auto isKnown = first == "displays" || first == "--version" || first == "--keep-alive"
-        || isHelp(first);
+    const auto isKnown
+        = first == "displays" || first == "--version" || first == "--keep-alive" || isHelp(first);
     return failure(fmt::format(
         "unexpected argument {}; see quillox --help", quoted(isKnown ? arguments[1] : first)));
 }
@@ -213,6 +224,7 @@ std::string helpText()
            "       quillox config COMMAND\n"
            "       quillox displays\n"
            "       quillox doctor [--json]\n"
+           "       quillox setup-session --user NAME [OPTIONS]\n"
            "       quillox usage [OPTIONS]\n"
            "       quillox --version | --help\n"
            "\n"
@@ -223,6 +235,9 @@ std::string helpText()
            "\"quillox displays\" lists the numbers that displayID can have here;\n"
            "\"quillox doctor\" says how well this session can be sealed and what would close the\n"
            "gaps: exit code 0 when there are none, 3 with gaps, 4 when there is no lock;\n"
+           "\"quillox setup-session\" has the machine log a user in to Quillox alone when it "
+           "starts,\n"
+           "see \"quillox setup-session --help\";\n"
            "\"quillox usage\" tells how much the display is used, see \"quillox usage --help\".\n";
 }
 

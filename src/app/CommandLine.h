@@ -38,15 +38,42 @@ struct UsageRequest {
     bool operator==(const UsageRequest&) const = default;
 };
 
+/// What `quillox setup-session` is asked to do.
+struct SetupSessionRequest {
+    enum class Action { help, setUp, undo };
+    enum class Session { wayland, x11 };
+
+    Action action = Action::setUp;
+    std::string user {};
+    Session session = Session::wayland;
+    /// It is really meant.
+    bool isConfirmed = false;
+
+    bool operator==(const SetupSessionRequest&) const = default;
+};
+
 /// What the program is asked to do.
 struct CommandLine {
-    enum class Kind { run, keepAlive, version, help, displays, doctor, config, usage, error };
+    enum class Kind {
+        run,
+        keepAlive,
+        version,
+        help,
+        displays,
+        doctor,
+        config,
+        usage,
+        setupSession,
+        error
+    };
 
     Kind kind = Kind::run;
     /// For `config`.
     ConfigRequest config = {};
     /// For `usage`.
     UsageRequest usage = {};
+    /// For `setup-session`.
+    SetupSessionRequest setupSession = {};
     /// For `doctor`: as a document for scripts.
     bool asJson = false;
     /// For `error`: one line without its end, to follow the program's name.

@@ -20,8 +20,8 @@ MUST_BE_THERE = [
     "share/man/man1/quillox.1.gz",
     "share/metainfo/com.orvendal.quillox.metainfo.xml",
     "share/quillox/setup-guide/index.html",
-    "share/wayland-sessions/quillox.desktop",
-    "share/xsessions/quillox.desktop",
+    "share/wayland-sessions/quillox-wayland.desktop",
+    "share/xsessions/quillox-x11.desktop",
 ]
 CHECKS = [
     (["desktop-file-validate"], "share/applications/com.orvendal.quillox.desktop"),
@@ -50,7 +50,7 @@ def complaints(root, prefix):
         yield f"the installed program does not start: {version.stderr}"
 
     named = lines_with(installed / MUST_BE_THERE[2], "ExecStart=")
-    for session in installed.glob("share/*sessions/quillox.desktop"):
+    for session in installed.glob("share/*sessions/quillox-*.desktop"):
         named += lines_with(session, "Exec=")
     for command in named:
         program = command.lstrip(":").split()[0].strip('"')

@@ -2,11 +2,13 @@
 
 #include "app/ConfigCommand.h"
 #include "app/QuilloxApp.h"
+#include "app/SetupSessionCommand.h"
 #include "app/UsageCommand.h"
 #include "platform/linux/service/AgentPlaces.h"
 #include "platform/linux/service/RestartingParent.h"
 #include "platform/linux/system/CalendarPosix.h"
 #include "platform/linux/system/DefaultsStoreFile.h"
+#include "platform/linux/system/MachineFilesLinux.h"
 #include "platform/linux/system/RunLoopGlib.h"
 #include "platform/linux/system/RunningApplicationsSocket.h"
 #include "platform/linux/system/SystemLogStderr.h"
@@ -46,6 +48,12 @@ namespace {
             .run(request);
     }
 
+    int runSetupSessionCommand(const SetupSessionRequest& request)
+    {
+        MachineFilesLinux files;
+        return SetupSessionCommand({ files, std::cout, std::cerr }).run(request);
+    }
+
     int keepAlive()
     {
         SystemLogStderr log;
@@ -73,6 +81,8 @@ int runCommandLine(const CommandLine& commandLine)
         return runConfigCommand(commandLine.config);
     case CommandLine::Kind::usage:
         return runUsageCommand(commandLine.usage);
+    case CommandLine::Kind::setupSession:
+        return runSetupSessionCommand(commandLine.setupSession);
     case CommandLine::Kind::error:
         std::cerr << "quillox: " << commandLine.error << std::endl;
         return exitUsage;
