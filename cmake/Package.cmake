@@ -24,7 +24,7 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS
   "bubblewrap, xdg-dbus-proxy, dbus-daemon, fonts-dejavu-core, default-dbus-session-bus | dbus-session-bus")
 string(JOIN ", " CPACK_DEBIAN_PACKAGE_RECOMMENDS
-  cage xwayland gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-libav gstreamer1.0-gl
+  cage xwayland fonts-urw-base35 gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-libav gstreamer1.0-gl
   "gstreamer1.0-alsa | gstreamer1.0-pulseaudio | gstreamer1.0-pipewire" x11-xkb-utils)
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "prometheus-node-exporter, xserver-xorg-core")
 include(CPack)
