@@ -92,6 +92,8 @@ struct LockFacts {
     std::optional<LoginFacts> login;
     bool isRoot = false;
     bool hasSandbox = false;
+    /// Why what is installed makes no sandbox; empty when it does, or nothing is installed.
+    std::string sandboxFailure;
 
     bool operator==(const LockFacts&) const = default;
 };

@@ -46,6 +46,11 @@ namespace {
         return facts.login->idleAction;
     }
 
+    std::string sandboxFailure(const Facts& facts)
+    {
+        return facts.sandboxFailure;
+    }
+
     const LockRule rules[] {
         { "display", State::Blocking,
             [](const Facts& f) { return f.display == Facts::Display::Absent; },
@@ -156,8 +161,15 @@ namespace {
             "The web engine's sandbox is missing",
             "Web pages run in a sandbox made by bubblewrap and xdg-dbus-proxy.",
             "Install both:", "apt install bubblewrap xdg-dbus-proxy" },
-        { "sandbox", State::Closed, always, "The web engine's sandbox is installed",
-            "bubblewrap and xdg-dbus-proxy were found." },
+        { "sandbox", State::Blocking, [](const Facts& f) { return !f.sandboxFailure.empty(); },
+            "No page can be shown",
+            "The web engine shows none without its sandbox, and that does not start: {}",
+            "Where the kernel keeps user namespaces from ordinary users, allow them:",
+            "echo 'kernel.unprivileged_userns_clone = 1' > /etc/sysctl.d/90-quillox-pages.conf\n"
+            "sysctl --system",
+            sandboxFailure },
+        { "sandbox", State::Closed, always, "The web engine's sandbox works",
+            "bubblewrap made one for a trial." },
     };
 
 } // namespace

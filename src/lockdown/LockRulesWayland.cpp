@@ -13,7 +13,7 @@ namespace {
 
     constexpr std::string_view dedicatedWayland
         = "# /usr/share/wayland-sessions/quillox.desktop\n"
-          "[Desktop Entry]\nType=Application\nName=Quillox\nExec=cage -m last -- quillox";
+          "[Desktop Entry]\nType=Application\nName=Quillox\nExec=cage -- quillox --keep-alive";
 
     bool isServer(const Facts& facts, std::initializer_list<std::string_view> names)
     {
@@ -114,7 +114,7 @@ namespace {
         { "terminals", State::Gap, [](const Facts& f) { return f.wayland.isSingleWindow; },
             "Ctrl+Alt+F1 to F12 switch the virtual terminal",
             "{} was started with -s, which allows it.",
-            "Start it without -s:", "cage -m last -- quillox", serverName },
+            "Start it without -s:", "cage -- quillox --keep-alive", serverName },
         { "terminals", State::Gap, isGnome, "Ctrl+Alt+F1 to F12 switch the virtual terminal",
             "GNOME acts on them although shortcuts are inhibited.", "Leave the settings empty:",
             "for number in 1 2 3 4 5 6 7 8 9 10 11 12; do\n"

@@ -130,6 +130,8 @@ namespace {
             { "soft", wayland("cage"), soft, 3, "power idle sysrq ctrlAltDelete user sandbox" },
             { "silent", wayland("cage"), silent, 3,
                 "?power ?sysrq ?ctrlAltDelete ?input ?terminals" },
+            { "no namespaces", xorg(), [](F& f) { f.sandboxFailure = "bwrap: no"; }, 4,
+                "!sandbox" },
             { "SysRq all", xorg(), [](F& f) { f.sysrq = 1; }, 3, "sysrq" },
         };
         for (const auto& row : rows) {

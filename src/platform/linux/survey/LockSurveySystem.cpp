@@ -52,7 +52,7 @@ namespace {
 
     std::string trimmed(const std::string& text)
     {
-        constexpr auto blanks = " \t\r";
+        constexpr auto blanks = " \t\r\n";
         const auto start = std::min(text.find_first_not_of(blanks), text.size());
         return text.substr(start, text.find_last_not_of(blanks) + 1 - start);
     }
@@ -173,6 +173,24 @@ namespace {
         return GTextOwner(g_find_program_in_path(program)) != nullptr;
     }
 
+    /// What keeps the engine's tool from a sandbox like those of pages; empty when nothing does.
+    std::string sandboxFailure()
+    {
+        const char* const command[] { "bwrap", "--unshare-pid", "--unshare-uts", "--ro-bind", "/",
+            "/", "--dev", "/dev", "--proc", "/proc", "true", nullptr };
+        char* output = nullptr;
+        int status = 0;
+        GError* error = nullptr;
+        const bool hasRun = g_spawn_sync(nullptr, const_cast<char**>(command), nullptr,
+            static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL), nullptr,
+            nullptr, nullptr, &output, &status, &error);
+        const GTextOwner complaint(output);
+        const GErrorOwner held(error);
+        if (!hasRun)
+            return error->message;
+        return g_spawn_check_wait_status(status, nullptr) ? "" : trimmed(complaint.get());
+    }
+
 } // namespace
 
 void surveySystem(LockFacts& facts)
@@ -181,6 +199,8 @@ void surveySystem(LockFacts& facts)
     facts.ignoresCtrlAltDelete = ignoresCtrlAltDelete();
     facts.isRoot = geteuid() == 0;
     facts.hasSandbox = isInstalled("bwrap") && isInstalled("xdg-dbus-proxy");
+    if (facts.hasSandbox)
+        facts.sandboxFailure = sandboxFailure();
     const GObjectOwner<GCancellable> limit(g_cancellable_new());
     const Alarm alarm(busPatience, [&limit] { g_cancellable_cancel(limit.get()); });
     facts.login = LoginService(limit.get()).facts();
