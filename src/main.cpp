@@ -97,8 +97,8 @@ namespace {
         /// A version that was just installed has to show that it works.
         void watchHealth()
         {
-            m_health.emplace(m_state, m_runLoop,
-                [this] { m_platform.updates->health().handleScreenShown(); });
+            m_health.emplace(
+                m_state, m_runLoop, [this] { m_platform.updates->health().handleScreenShown(); });
             m_controller.setOnScreenShown([this] { m_health->handleScreenShown(); });
         }
 
@@ -175,12 +175,18 @@ namespace {
             program = std::make_unique<Program>(gtk, instances, log, executable);
             program->launch();
         });
+        // Not later: when the toolkit has shut down, nothing can be given back to the session.
+        gtk->signal_shutdown().connect(
+            [&] {
+                wantsRelaunch = program && program->wantsRelaunch();
+                program.reset();
+            },
+            false);
         const auto terminated = g_unix_signal_add(SIGTERM, terminateOnSignal, &program);
         const auto interrupted = g_unix_signal_add(SIGINT, terminateOnSignal, &program);
         const int status = gtk->run();
         g_source_remove(interrupted);
         g_source_remove(terminated);
-        wantsRelaunch = program && program->wantsRelaunch();
         return status;
     }
 
