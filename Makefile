@@ -40,7 +40,10 @@ bench: build
 	/usr/bin/python3 benchmarks/key_latency.py
 	/usr/bin/python3 benchmarks/local_scheme.py
 	/usr/bin/python3 benchmarks/recovery.py
+	/usr/bin/python3 benchmarks/comeback.py
+	/usr/bin/python3 benchmarks/session_start.py
 	/usr/bin/python3 benchmarks/setup_start.py
+	/usr/bin/python3 benchmarks/setup_frames.py
 	/usr/bin/python3 benchmarks/first_paint.py
 
 clean:

@@ -16,9 +16,6 @@ from process_tree import adopt_orphans
 
 WIDTH, HEIGHT = 1920, 1080
 MARKER = (255, 0, 200)
-# Two markers belong to the document, in opposite corners so that the page fills the screen; another
-# is a picture of its own. The page counts as painted when all are on the screen.
-MARKER_POINTS = ((32, HEIGHT - 32), (WIDTH - 32, 32), (96, HEIGHT - 32))
 MARKER_STYLE = "position:fixed;z-index:9;width:64px;height:64px"
 MARKER_PICTURE = (f'<svg xmlns="http://www.w3.org/2000/svg" width="64" height="64">'
                   f'<rect width="64" height="64" fill="rgb{MARKER}"/></svg>')
@@ -76,6 +73,9 @@ def serve(pages: dict[str, tuple[str, bytes]], port, host: str = "127.0.0.1") ->
 class Stage:
     """A context. `helpers` are the processes that belong to no client."""
 
+    size = WIDTH, HEIGHT
+    has_window_manager = True
+
     def __init__(self, site: Path, display: str | None):
         self.site = site
         self.wanted_display = display
@@ -87,10 +87,11 @@ class Stage:
             self.start_server()
             self.start_screen()
             self.bus = self.start_bus()
-            self.start(["openbox"], env={**os.environ, "DISPLAY": self.display})
             self.screen = Display(self.display)
             self.cleanup.callback(self.screen.close)
-            self.await_window_manager()
+            if self.has_window_manager:
+                self.start(["openbox"], env={**os.environ, "DISPLAY": self.display})
+                self.await_window_manager()
         except BaseException:
             self.cleanup.close()
             raise
@@ -128,7 +129,7 @@ class Stage:
         chosen = [self.wanted_display] if self.wanted_display else []
         # No input comes for many minutes: the server must not blank the screen meanwhile.
         self.start(["Xvfb", *chosen, "-displayfd", str(number), "-nolisten", "tcp", "-s", "0",
-                    "-screen", "0", f"{WIDTH}x{HEIGHT}x24"], pass_fds=[number])
+                    "-screen", "0", "{}x{}x24".format(*self.size)], pass_fds=[number])
         os.close(number)
         with os.fdopen(display) as file:
             line = file.readline().strip()
@@ -159,4 +160,8 @@ class Stage:
         return red, green, blue
 
     def shows_page(self) -> bool:
-        return all(self.pixel(*point) == MARKER for point in MARKER_POINTS)
+        # Two markers belong to the document, in opposite corners so that the page fills the screen;
+        # another is a picture of its own. The page counts as painted when all are on the screen.
+        width, height = self.size
+        points = (32, height - 32), (width - 32, 32), (96, height - 32)
+        return all(self.pixel(*point) == MARKER for point in points)
