@@ -31,6 +31,9 @@ foreach(text changelog quillox.1)
 endforeach()
 
 install(TARGETS quillox RUNTIME DESTINATION bin)
+install(TARGETS quillox-engine quillox-updates
+  LIBRARY DESTINATION lib/${CMAKE_LIBRARY_ARCHITECTURE}/quillox
+  PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
 install(TARGETS quillox-web-extension
   LIBRARY DESTINATION lib/${CMAKE_LIBRARY_ARCHITECTURE}/quillox/web-extensions
   PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)

@@ -8,6 +8,7 @@
 #include "kiosk/Displays.h"
 #include "kiosk/KioskController.h"
 #include "platform/linux/LinuxPlatform.h"
+#include "platform/linux/gtk/NextFrame.h"
 #include "platform/linux/service/WatchdogPing.h"
 #include "platform/linux/setup/SetupWindowGtk.h"
 #include "platform/linux/survey/RunDoctor.h"
@@ -122,8 +123,7 @@ namespace {
                 },
                 false);
             m_platform.placement->present(window);
-            Glib::signal_idle().connect_once(
-                m_lifetime.guard([this] { m_platform.webEngine.prepare(); }), Glib::PRIORITY_LOW);
+            afterNextFrame(window, m_lifetime.guard([this] { m_platform.webEngine.prepare(); }));
             m_instances.setOnActivate([this](const std::string& token) {
                 if (m_delegate.applicationShouldHandleReopen())
                     m_platform.application.activateAllWindows(token);

@@ -136,6 +136,10 @@ void AppState::launchKiosk()
         askForAccessibility();
         return;
     }
+    if (!m_controller.canShowPages()) {
+        presentNoEngineAlert();
+        return;
+    }
     saveSettings();
     m_machine.application.endTextEditing();
     isKioskActive.set(true);
@@ -160,6 +164,19 @@ void AppState::askForAccessibility()
         "Quillox needs Accessibility access to fully lock the keyboard — without it, system "
         "shortcuts like Spotlight (⌘Space / ⌘⌥Space) can still escape the kiosk.\n\n"
         "Enable Quillox under Accessibility, then hold ⌘⇧S again.");
+}
+
+void AppState::presentNoEngineAlert()
+{
+    const Alert alert {
+        .style = Alert::Style::Warning,
+        .message = "The web engine is missing — kiosk not started",
+        .informativeText = "A part of Quillox that shows web pages is not installed, or belongs to "
+                           "another version. Quit Quillox and start it again; if that does not "
+                           "help, install it anew.",
+        .buttons = { "OK" },
+    };
+    m_machine.dialogs.present(alert, [](std::size_t) {});
 }
 
 void AppState::presentLockdownFailedAlert()

@@ -78,6 +78,7 @@ private:
     void useLocalSource(const std::string& path);
     bool canLockKeyboard() const;
     void askForAccessibility();
+    void presentNoEngineAlert();
     void presentLockdownFailedAlert();
     void presentAccessibilityAlert(bool isWarning, std::string message, std::string text);
 

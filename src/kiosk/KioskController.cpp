@@ -48,7 +48,7 @@ bool KioskController::start(const KioskSettings& settings, std::function<void()>
     if (m_isActive)
         return false;
     const auto startURL = settings.kioskStartURL();
-    if (!startURL)
+    if (!startURL || !canShowPages())
         return false;
 
     m_settings = settings;
@@ -71,6 +71,11 @@ bool KioskController::start(const KioskSettings& settings, std::function<void()>
     m_screensSubscription = m_machine.screens.onChange([this] { handleScreensChanged(); });
     m_isActive = true;
     return true;
+}
+
+bool KioskController::canShowPages() const
+{
+    return m_machine.webViews.isAvailable();
 }
 
 void KioskController::startGuards()

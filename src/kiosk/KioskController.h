@@ -67,8 +67,12 @@ public:
     static KioskController& shared() { return *s_shared; }
     static void setShared(KioskController* controller) { s_shared = controller; }
 
-    /// Seals. False, and nothing changed, when a run is active already or the settings name no
-    /// start address. `onExit` is called once, at the end of the run.
+    /// Whether there is a web engine; without one no run begins. It may take the time that loading
+    /// one takes.
+    bool canShowPages() const;
+
+    /// Seals. False, and nothing changed, when a run is active already, the settings name no start
+    /// address, or no page can be shown. `onExit` is called once, at the end of the run.
     bool start(const KioskSettings&, std::function<void()> onExit);
 
     /// What the exit gesture asks for: the end of the run, or first the password when one is

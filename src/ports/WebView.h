@@ -164,6 +164,11 @@ public:
 class WebViews {
 public:
     virtual ~WebViews() = default;
+
+    /// Whether there is an engine, without which neither of the others may be called. It may take
+    /// the time that loading one takes.
+    virtual bool isAvailable() = 0;
+
     virtual std::unique_ptr<WebView> makeWebView(const WebViewConfiguration&) = 0;
 
     /// The address as the engine reads it, which is the form that delegates are given.

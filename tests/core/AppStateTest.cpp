@@ -114,6 +114,19 @@ namespace {
         EXPECT_EQ(KioskSettings::load(defaults), siteSettings()) << "saved all the same";
     }
 
+    TEST_F(AppStateTest, LocksNothingWithoutAWebEngine)
+    {
+        windows.hasEngine = false;
+        state().settings.set(siteSettings());
+        state().launchKiosk();
+        ASSERT_EQ(dialogs.alerts.size(), 1U);
+        EXPECT_EQ(dialogs.alerts[0].message, "The web engine is missing — kiosk not started");
+        EXPECT_FALSE(controller->start(siteSettings(), nullptr));
+        EXPECT_TRUE(windows.windows.empty() && defaults.saves.empty());
+        EXPECT_FALSE(state().isKioskActive.get() || controller->isActive());
+        dialogs.press(0);
+    }
+
     TEST_F(AppStateTest, LaunchDecidesWhetherToSeal)
     {
         enum Missing { nothing, onboarding, autoStart, source, trust };

@@ -27,7 +27,9 @@ public:
 
     std::vector<FakeWindow*> windows; ///< In the order of their making.
     std::vector<FakeWebView*> webViews;
+    bool hasEngine = true;
 
+    bool isAvailable() override { return hasEngine; }
     std::unique_ptr<Window> makeWindow(const WindowSpec&) override;
     std::unique_ptr<Container> makeContainer(Rect frame) override;
     std::unique_ptr<WebView> makeWebView(const WebViewConfiguration&) override;

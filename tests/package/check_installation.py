@@ -42,8 +42,10 @@ def lines_with(file, start):
 def complaints(root, prefix):
     installed = root / prefix.lstrip("/")
     yield from (f"{name} is missing" for name in MUST_BE_THERE if not (installed / name).is_file())
-    if len(list(installed.glob("lib/*/quillox/web-extensions/*.so"))) != 1:
-        yield "the module for the web engine is not where the program looks for it"
+    for module in ["libquillox-engine.so", "libquillox-updates.so",
+                   "web-extensions/libquillox-web-extension.so"]:
+        if len(list(installed.glob(f"lib/*/quillox/{module}"))) != 1:
+            yield f"{module} is not where the program looks for it"
 
     version = run([installed / "bin/quillox", "--version"])
     if version.returncode != 0 or not version.stdout.startswith("Quillox "):

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/linux/engine/EngineModule.h"
 #include "platform/linux/gtk/AccessibilityTrustSession.h"
 #include "platform/linux/gtk/ApplicationGtk.h"
 #include "platform/linux/gtk/DialogsGtk.h"
@@ -27,7 +28,6 @@
 #include "platform/linux/system/SiteFilesLinux.h"
 #include "platform/linux/system/UsageFilePosix.h"
 #include "platform/linux/update/UpdatesLinux.h"
-#include "platform/linux/webkit/WebEngine.h"
 
 #include <memory>
 
@@ -50,7 +50,9 @@ struct LinuxPlatform {
         , sealViews(runLoop)
         , windows(*placement, application, eventMonitors)
         , webEngine(runLoop, log, pageMemoryLimit())
-        , workspace(application, *placement, log)
+        , workspace(
+              application, *placement,
+              [this](Gtk::Window* parent) { return webEngine.makeHelpWindow(parent); }, log)
         , updates(UpdatesLinux::find(
               executable, { runLoop, dialogs, updateProgressPanels, workspace, log }))
         , agentServices(runLoop, log)
@@ -86,7 +88,7 @@ struct LinuxPlatform {
     SealViewsGtk sealViews;
     KioskViewsGtk kioskViews;
     WindowsGtk windows;
-    WebEngine webEngine;
+    EngineModule webEngine;
     PathMonitorsLinux pathMonitors;
     AccessibilityTrustSession accessibility;
     DialogsGtk dialogs;

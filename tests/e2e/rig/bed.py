@@ -34,6 +34,7 @@ WAYLAND_DISPLAYS = {
     "sway with bindings": canaries.sway,
 }
 SUPPRESSIONS = Path(__file__).parent.parent / "lsan.supp"
+ENGINE = "libquillox-engine.so"
 GESTURE = "super+shift+s"
 MISSED_HOLD = 10  # seconds; far beyond the one that a hold takes
 
@@ -45,7 +46,7 @@ class Bed:
         self.home = Home()
         self.home.environment.update(
             QUILLOX_GL="off",
-            ASAN_OPTIONS="detect_leaks=1:fast_unwind_on_malloc=0", UBSAN_OPTIONS="halt_on_error=1:print_stacktrace=1",
+            ASAN_OPTIONS="detect_leaks=1:fast_unwind_on_malloc=0:intercept_tls_get_addr=0", UBSAN_OPTIONS="halt_on_error=1:print_stacktrace=1",
             LSAN_OPTIONS=f"suppressions={SUPPRESSIONS}:print_suppressions=0")
         self.defaults = self.home.subfolder("config_home/Quillox") / "defaults.json"
         self.settings(url=self.site.url, autoStartKiosk=True, displayID=0)
@@ -72,7 +73,12 @@ class Bed:
     def _reachable(self):
         """A copy of the program for the ordinary user, who may not enter the folder that it was built in."""
         copy = self.home.folder / "quillox"
-        return str(copy if copy.exists() else shutil.copy2(self.binary, copy))
+        return str(copy if copy.exists() else self.copy_program(self.home.folder))
+
+    def copy_program(self, folder):
+        """Copies the program and its half for the web engine; returns the program's new path."""
+        shutil.copy2(Path(self.binary).with_name(ENGINE), folder)
+        return shutil.copy2(self.binary, folder)
 
     def run(self, *arguments):
         """What the program prints for a command."""

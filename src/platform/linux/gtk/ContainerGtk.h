@@ -10,10 +10,6 @@
 
 namespace quillox {
 
-/// Closes the lists and menus that a widget has opened. An open one takes every key, whatever has
-/// the focus.
-void closePopups(GtkWidget* owner);
-
 /// Stacks widgets over each other, each at its own frame, which follows the container's size.
 class ContainerGtk final : public Container, public WidgetView {
 public:

@@ -2,10 +2,10 @@
 
 #include "app/AppState.h"
 #include "platform/linux/gtk/ApplicationGtk.h"
-#include "platform/linux/gtk/HelpWindowGtk.h"
+#include "platform/linux/gtk/HelpWindow.h"
+#include "platform/linux/system/OwnFiles.h"
 #include "ui/HelpPages.h"
 
-#include <filesystem>
 #include <fmt/format.h>
 #include <glibmm/main.h>
 #include <optional>
@@ -15,18 +15,10 @@ namespace quillox {
 
 namespace {
 
-    /// Where the guide lies for other programs to read: next to a program that was built here,
-    /// otherwise where it is installed.
+    /// Where the guide lies for other programs to read.
     std::optional<std::string> findGuide()
     {
-        std::error_code error;
-        const auto program = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
-        for (const auto* const place : { "setup-guide", "../share/quillox/setup-guide" }) {
-            const auto page = (program / place / "index.html").lexically_normal();
-            if (std::filesystem::is_regular_file(page, error))
-                return page.string();
-        }
-        return std::nullopt;
+        return findOwnFile("setup-guide/index.html", "../share/quillox/setup-guide/index.html");
     }
 
     std::string fileAddress(const std::string& path, const std::string& anchor)
@@ -69,9 +61,11 @@ struct WorkspaceGtk::Attempt {
     bool isAbandoned() const { return g_cancellable_is_cancelled(cancellable.get()); }
 };
 
-WorkspaceGtk::WorkspaceGtk(ApplicationGtk& application, WindowPlacement& placement, SystemLog& log)
+WorkspaceGtk::WorkspaceGtk(ApplicationGtk& application, WindowPlacement& placement,
+    MakeHelpWindow makeHelpWindow, SystemLog& log)
     : m_application(application)
     , m_placement(placement)
+    , m_makeHelpWindow(std::move(makeHelpWindow))
     , m_log(log)
     , m_cancellable(g_cancellable_new())
 {
@@ -140,7 +134,9 @@ void WorkspaceGtk::showGuide(const std::string& anchor)
     if (isSealed())
         return; // A run began before the desktop answered.
     if (!m_guide) {
-        m_guide = std::make_unique<HelpWindowGtk>(m_application.setupWindow());
+        m_guide = m_makeHelpWindow(m_application.setupWindow());
+        if (!m_guide)
+            return m_log.write("Quillox: the setup guide cannot be shown.");
         m_guide->onLink = [this](const std::string& url) { open(url); };
         m_guide->onClosed = [this] { handleGuideClosed(); };
         m_application.addSideWindow(m_guide->window());
@@ -153,8 +149,8 @@ void WorkspaceGtk::handleGuideClosed()
 {
     m_application.removeSideWindow(m_guide->window());
     // It is still in an event of its own.
-    Glib::signal_idle().connect_once(m_lifetime.guard(
-        [this, closed = std::shared_ptr<HelpWindowGtk>(m_guide.release())]() mutable {
+    Glib::signal_idle().connect_once(
+        m_lifetime.guard([this, closed = std::shared_ptr<HelpWindow>(m_guide.release())]() mutable {
             closed.reset();
             if (!isSealed())
                 m_application.bringVisibleWindowsForward();

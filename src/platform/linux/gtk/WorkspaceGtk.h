@@ -5,14 +5,16 @@
 #include "ports/Workspace.h"
 #include "support/Lifetime.h"
 
+#include <functional>
 #include <gio/gio.h>
+#include <gtkmm/window.h>
 #include <memory>
 #include <string>
 
 namespace quillox {
 
 class ApplicationGtk;
-class HelpWindowGtk;
+class HelpWindow;
 class WindowPlacement;
 
 /// Opens addresses with the desktop's default programs. The setup guide, at which the address of
@@ -20,7 +22,10 @@ class WindowPlacement;
 /// or a window of our own where there is none. Nothing is opened while a page is sealed.
 class WorkspaceGtk final : public Workspace {
 public:
-    WorkspaceGtk(ApplicationGtk&, WindowPlacement&, SystemLog&);
+    /// Makes a window for the guide before its parent, which may be null; none when it cannot.
+    using MakeHelpWindow = std::function<std::unique_ptr<HelpWindow>(Gtk::Window* parent)>;
+
+    WorkspaceGtk(ApplicationGtk&, WindowPlacement&, MakeHelpWindow, SystemLog&);
     ~WorkspaceGtk() override;
 
     void open(const std::string& url) override;
@@ -39,9 +44,10 @@ private:
 
     ApplicationGtk& m_application;
     WindowPlacement& m_placement;
+    MakeHelpWindow m_makeHelpWindow;
     SystemLog& m_log;
     GObjectOwner<GCancellable> m_cancellable;
-    std::unique_ptr<HelpWindowGtk> m_guide;
+    std::unique_ptr<HelpWindow> m_guide;
     bool m_wantsRelaunch = false;
     Lifetime m_lifetime;
 };

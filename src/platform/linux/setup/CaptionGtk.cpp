@@ -1,5 +1,7 @@
 #include "platform/linux/setup/CaptionGtk.h"
 
+#include "platform/linux/setup/ColumnLayout.h"
+
 namespace quillox {
 
 namespace {
@@ -22,6 +24,7 @@ namespace {
 
 CaptionGtk::CaptionGtk(Gtk::Box& box, const Caption& caption)
 {
+    box.set_layout_manager(ColumnLayout::create());
     fillIn(m_heading, caption.heading, "heading");
     box.append(m_heading);
     fillIn(m_help, caption.help, "help");

@@ -1,11 +1,9 @@
 #pragma once
 
 #include "platform/linux/gtk/LogoGtk.h"
-#include "platform/linux/setup/ChoicesGtk.h"
-#include "platform/linux/setup/KeyCapsGtk.h"
+#include "platform/linux/setup/OperatorBelowGtk.h"
 #include "platform/linux/setup/OperatorSourceGtk.h"
 #include "platform/linux/setup/RememberedFocus.h"
-#include "platform/linux/setup/SealBarGtk.h"
 #include "platform/linux/setup/ToggleGtk.h"
 #include "platform/linux/setup/UsageSheetGtk.h"
 #include "ui/OperatorView.h"
@@ -36,19 +34,11 @@ private:
         return *m_builder->get_widget<Widget>(id);
     }
 
-    void addCaption(const char* id, const Caption&, const char* controlId = nullptr);
-    void addToggles();
-    void addChoices();
-    void addPassword();
-    void addButtons();
-    void addSealBlock();
     void connect();
-    void showBelow();
+    void addBelow();
 
     void refresh();
     void refreshEnabled();
-    void refreshMenus();
-    void refreshPassword();
     void refreshSheet();
     void scrollToFocus();
     void setThere(bool isThere);
@@ -60,17 +50,9 @@ private:
     LogoGtk m_logo { OperatorView::logoHeight };
     OperatorSourceGtk m_source;
     OperatorDomainsGtk m_domains;
-    std::vector<std::unique_ptr<CaptionGtk>> m_captions;
     std::vector<std::unique_ptr<ToggleGtk>> m_toggles;
-    RadioGroupGtk<NavPosition> m_position;
-    RadioGroupGtk<NotchBarColor> m_barColor;
-    ChoiceMenuGtk m_display;
-    ChoiceMenuGtk m_idleReset;
-    TextBoxGtk m_password;
-    bool m_showsPassword = false;
-    SymbolGtk* m_eye = nullptr;
-    KeyCapsGtk m_keyCaps;
-    SealBarGtk m_sealBar;
+    guint m_frames = 0; ///< Those before there is a lower part.
+    std::unique_ptr<OperatorBelowGtk> m_below;
     std::unique_ptr<UsageSheetGtk> m_sheet;
     RememberedFocus m_focus;
     bool m_isThere = false;

@@ -101,11 +101,6 @@ void SetupWindowGtk::layOut()
     m_page.set_vexpand(true);
     m_frame.append(m_page);
     m_scene.set_child(m_frame);
-    m_holdBanner.moveToTop();
-    m_hintBanner.moveToTop();
-    for (SealPanelGtk* panel :
-        std::initializer_list<SealPanelGtk*> { &m_holdBanner, &m_hintBanner, &m_releasePanel })
-        m_scene.add_overlay(panel->widget());
     m_window.set_child(m_scene);
 }
 
@@ -217,11 +212,29 @@ void SetupWindowGtk::refreshCountdown()
     }
 }
 
+/// Each panel is made when it is first shown, which most starts never do.
 void SetupWindowGtk::refreshGesture()
 {
-    m_holdBanner.update(m_views.operatorView.holdBanner());
-    m_hintBanner.update(m_views.operatorView.hintBanner());
-    m_releasePanel.setShown(m_views.operatorView.isWaitingForRelease());
+    const auto ensure = [this]<typename Panel>(std::unique_ptr<Panel>& panel, bool isShown) {
+        if (isShown && !panel) {
+            panel = std::make_unique<Panel>();
+            m_scene.add_overlay(panel->widget());
+        }
+        return panel.get();
+    };
+    const auto hold = m_views.operatorView.holdBanner();
+    if (auto* banner = ensure(m_holdBanner, hold.isShown())) {
+        banner->moveToTop();
+        banner->update(hold);
+    }
+    const auto hint = m_views.operatorView.hintBanner();
+    if (auto* banner = ensure(m_hintBanner, hint.isVisible)) {
+        banner->moveToTop();
+        banner->update(hint);
+    }
+    const bool isWaiting = m_views.operatorView.isWaitingForRelease();
+    if (auto* panel = ensure(m_releasePanel, isWaiting))
+        panel->setShown(isWaiting);
 }
 
 /// Later, when the screen has been told that it is free again.

@@ -62,9 +62,9 @@ private:
     std::variant<std::monostate, OnboardingScreenGtk, FinishingScreenGtk, OperatorScreenGtk>
         m_screen;
     std::optional<RootView> m_shown;
-    SealHoldOverlayGtk m_holdBanner;
-    SealHintOverlayGtk m_hintBanner;
-    SealReleaseOverlayGtk m_releasePanel;
+    std::unique_ptr<SealHoldOverlayGtk> m_holdBanner;
+    std::unique_ptr<SealHintOverlayGtk> m_hintBanner;
+    std::unique_ptr<SealReleaseOverlayGtk> m_releasePanel;
     std::unique_ptr<SealPromptGtk> m_prompt;
     std::unique_ptr<CountdownOverlayGtk> m_countdown;
     RememberedFocus m_focus;

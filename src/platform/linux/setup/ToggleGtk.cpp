@@ -42,7 +42,8 @@ ToggleRowGtk::ToggleRowGtk(Gtk::Box& row, OperatorForm& form, const SettingToggl
 void ToggleRowGtk::update()
 {
     const bool canChange = m_form.canChange(m_toggle);
-    // A switch that still moves says what it was before, and would stay there if it were set to that.
+    // A switch that still moves says what it was before, and would stay there if it were set to
+    // that.
     if (m_switch.get_active() != m_form.isOn(m_toggle))
         m_switch.set_active(m_form.isOn(m_toggle));
     m_switch.set_sensitive(canChange);
@@ -68,6 +69,24 @@ ToggleTileGtk::ToggleTileGtk(
 void ToggleTileGtk::update()
 {
     m_button.set_active(m_form.isOn(m_toggle));
+}
+
+std::vector<std::unique_ptr<ToggleGtk>> makeToggles(
+    const Glib::RefPtr<Gtk::Builder>& widgets, OperatorForm& form)
+{
+    std::vector<std::unique_ptr<ToggleGtk>> toggles;
+    for (const auto& toggle : OperatorForm::toggles) {
+        const auto* id = toggle.name.data(); // A literal, which ends where it should.
+        if (!gtk_builder_get_object(widgets->gobj(), id))
+            continue;
+        if (toggle.symbol.empty())
+            toggles.push_back(
+                std::make_unique<ToggleRowGtk>(*widgets->get_widget<Gtk::Box>(id), form, toggle));
+        else
+            toggles.push_back(std::make_unique<ToggleTileGtk>(
+                *widgets->get_widget<Gtk::ToggleButton>(id), form, toggle));
+    }
+    return toggles;
 }
 
 } // namespace quillox

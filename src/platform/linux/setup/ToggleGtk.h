@@ -3,8 +3,11 @@
 #include "platform/linux/setup/CaptionGtk.h"
 #include "ui/OperatorForm.h"
 
+#include <gtkmm/builder.h>
 #include <gtkmm/switch.h>
 #include <gtkmm/togglebutton.h>
+#include <memory>
+#include <vector>
 
 namespace quillox {
 
@@ -43,5 +46,9 @@ private:
     const SettingToggle& m_toggle;
     Gtk::ToggleButton& m_button;
 };
+
+/// Those of the form's toggles that have a place under their own name among the widgets.
+std::vector<std::unique_ptr<ToggleGtk>> makeToggles(
+    const Glib::RefPtr<Gtk::Builder>& widgets, OperatorForm&);
 
 } // namespace quillox

@@ -1,7 +1,7 @@
 #include "platform/linux/update/InstallationFolders.h"
 
 #include "platform/linux/system/AtomicFile.h"
-#include "platform/linux/update/UnpackArchive.h"
+#include "platform/linux/update/UpdateParts.h"
 #include "platform/linux/update/WorkerJob.h"
 
 #include <unistd.h>
@@ -96,7 +96,10 @@ VersionFolders::Failure stageArchive(const VersionFolders& folders, const std::s
     const auto staging = folders.makeStagingFolder();
     if (!staging)
         return "there is no place to unpack it";
-    if (auto failure = unpackArchive(archive, *staging, isCancelled))
+    const auto& [parts, absence] = updateParts();
+    if (!parts)
+        return absence;
+    if (auto failure = parts->unpack(archive, *staging, isCancelled))
         return failure;
     const auto program = *staging + "/" + VersionFolders::programName;
     if (::access(program.c_str(), X_OK) != 0)

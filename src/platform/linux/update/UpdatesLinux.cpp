@@ -1,8 +1,8 @@
 #include "platform/linux/update/UpdatesLinux.h"
 
 #include "platform/linux/system/AtomicFile.h"
-#include "platform/linux/update/SignatureCheckSodium.h"
-#include "platform/linux/update/UpdateFeedSoup.h"
+#include "platform/linux/update/UpdateParts.h"
+#include "ports/SystemLog.h"
 #include "resilience/update/AbsentUpdaters.h"
 #include "resilience/update/SelfUpdaters.h"
 
@@ -37,7 +37,6 @@ std::unique_ptr<UpdatesLinux> UpdatesLinux::find(
 UpdatesLinux::UpdatesLinux(InstallationFolders::Place place, Surroundings surroundings)
     : m_installation(std::move(place), surroundings.runLoop)
     , m_health(m_installation, surroundings.log)
-    , m_feed(std::make_unique<UpdateFeedSoup>(surroundings.runLoop))
     , m_updaters(makeUpdaters(surroundings))
 {
 }
@@ -52,7 +51,14 @@ std::unique_ptr<Updaters> UpdatesLinux::makeUpdaters(Surroundings surroundings)
     if (!source)
         return std::make_unique<AbsentUpdaters>(surroundings.dialogs, surroundings.log,
             "This installation does not say where updates come from.");
-    m_signatures = std::make_unique<SignatureCheckSodium>(source->publicKey, surroundings.runLoop);
+    const auto& [parts, failure] = updateParts();
+    if (!parts) {
+        surroundings.log.write(fmt::format("Quillox: there are no updates: {}.", failure));
+        return std::make_unique<AbsentUpdaters>(surroundings.dialogs, surroundings.log,
+            "A part of this installation is missing. Install Quillox again.");
+    }
+    m_feed.reset(parts->makeFeed(surroundings.runLoop));
+    m_signatures.reset(parts->makeSignatureCheck(source->publicKey, surroundings.runLoop));
     return std::make_unique<SelfUpdaters>(
         UpdateMachine { surroundings.runLoop, *m_feed, *m_signatures, m_installation,
             surroundings.log, *source, systemVersion() },

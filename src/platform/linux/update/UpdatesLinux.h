@@ -10,8 +10,6 @@
 
 namespace quillox {
 
-class SignatureCheckSodium;
-
 /// The updates of a copy of the application that lies in a folder of its user's own. Main thread
 /// only.
 class UpdatesLinux {
@@ -45,7 +43,7 @@ private:
     InstallationFolders m_installation;
     UpdateHealth m_health;
     std::unique_ptr<UpdateFeed> m_feed;
-    std::unique_ptr<SignatureCheckSodium> m_signatures;
+    std::unique_ptr<SignatureCheck> m_signatures;
     std::unique_ptr<Updaters> m_updaters;
 };
 

@@ -12,7 +12,7 @@ namespace quillox {
 ///
 ///     quillox              the launcher, which is never exchanged
 ///     current              a link to versions/1.2.0
-///     versions/1.2.0/      quillox, web-extensions/, resources/update.properties
+///     versions/1.2.0/      quillox, libquillox-*.so, web-extensions/, resources/update.properties
 ///     update/              notes, archives that are fetched, the launcher's lock
 ///
 /// Everything waits for the disk. Failures are clauses for the log, without their full stop.

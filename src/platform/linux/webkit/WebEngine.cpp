@@ -1,5 +1,7 @@
 #include "platform/linux/webkit/WebEngine.h"
 
+#include "platform/linux/system/OwnFiles.h"
+#include "platform/linux/webkit/HelpWindowWebKit.h"
 #include "platform/linux/webkit/WebViewWebKit.h"
 #include "ports/SystemLog.h"
 
@@ -24,18 +26,14 @@ namespace {
         webkit_download_cancel(download);
     }
 
-    /// Where the module lies that the engine loads into its processes, with nothing beside it:
-    /// next to a program that was built here, otherwise where it is installed.
+    /// Where the module lies that the engine loads into its processes, with nothing beside it.
     std::optional<std::string> findExtensionFolder()
     {
-        std::error_code error;
-        const auto program = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
-        for (const auto* const place : { "web-extensions", QUILLOX_INSTALLED_WEB_EXTENSIONS }) {
-            const auto folder = (program / place).lexically_normal();
-            if (std::filesystem::is_regular_file(folder / QUILLOX_WEB_EXTENSION, error))
-                return folder.string();
-        }
-        return std::nullopt;
+        const auto module = findOwnFile("web-extensions/" QUILLOX_WEB_EXTENSION,
+            QUILLOX_INSTALLED_WEB_EXTENSIONS "/" QUILLOX_WEB_EXTENSION);
+        if (!module)
+            return std::nullopt;
+        return std::filesystem::path(*module).parent_path().string();
     }
 
     /// Beside letters, digits and "-._~".
@@ -113,6 +111,11 @@ void WebEngine::prepare()
         context({});
     // Any request starts the network process; this one stays on the machine.
     webkit_network_session_prefetch_dns(session(), "localhost");
+}
+
+std::unique_ptr<HelpWindow> WebEngine::makeHelpWindow(Gtk::Window* parent)
+{
+    return std::make_unique<HelpWindowWebKit>(parent);
 }
 
 std::unique_ptr<WebView> WebEngine::makeWebView(const WebViewConfiguration& configuration)

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "platform/linux/engine/Engine.h"
 #include "platform/linux/system/GlibOwner.h"
 #include "platform/linux/webkit/SchemeHandlerWebKit.h"
 #include "ports/RunLoop.h"
-#include "ports/WebView.h"
 
 #include <optional>
 #include <webkit/webkit.h>
@@ -15,15 +15,14 @@ class SystemLog;
 /// The web engine's processes and its one persistent store, made with the first web view and kept
 /// from run to run. Pages run in the engine's sandbox, which shows them of this machine's files
 /// little more than the site's folder.
-class WebEngine final : public WebViews {
+class WebEngine final : public Engine {
 public:
-    /// A page's process that takes more than `pageMemoryLimit` MiB is asked to release memory
-    /// and at last ended; 0 is no limit.
+    /// `pageMemoryLimit` as `MakeEngine` has it.
     WebEngine(RunLoop&, SystemLog&, unsigned pageMemoryLimit);
 
-    /// Starts what every page needs, so that the first one comes sooner.
-    void prepare();
-
+    void prepare() override;
+    std::unique_ptr<HelpWindow> makeHelpWindow(Gtk::Window* parent) override;
+    bool isAvailable() override { return true; }
     std::unique_ptr<WebView> makeWebView(const WebViewConfiguration&) override;
     std::string canonicalURL(const std::string& url) const override;
 

@@ -1,6 +1,6 @@
 #include "platform/linux/webkit/WebViewWebKit.h"
 
-#include "platform/linux/gtk/ContainerGtk.h"
+#include "platform/linux/gtk/Popups.h"
 #include "platform/linux/webkit/WebViewInput.h"
 #include "platform/linux/webkit/WebViewSettings.h"
 #include "platform/linux/webkit/WebViewSignals.h"

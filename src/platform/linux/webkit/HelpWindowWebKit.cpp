@@ -1,4 +1,4 @@
-#include "platform/linux/gtk/HelpWindowGtk.h"
+#include "platform/linux/webkit/HelpWindowWebKit.h"
 
 #include "platform/linux/gtk/Toplevel.h"
 #include "platform/linux/system/GlibOwner.h"
@@ -55,7 +55,7 @@ namespace {
 
 } // namespace
 
-HelpWindowGtk::HelpWindowGtk(Gtk::Window* parent)
+HelpWindowWebKit::HelpWindowWebKit(Gtk::Window* parent)
     : m_builder(Gtk::Builder::create_from_resource("/com/orvendal/quillox/help-window.ui"))
 {
     refuseInspector(m_window);
@@ -79,12 +79,12 @@ HelpWindowGtk::HelpWindowGtk(Gtk::Window* parent)
     connectKeys();
 }
 
-HelpWindowGtk::~HelpWindowGtk()
+HelpWindowWebKit::~HelpWindowWebKit()
 {
     g_signal_handlers_disconnect_by_data(m_view, this);
 }
 
-void HelpWindowGtk::makeView()
+void HelpWindowWebKit::makeView()
 {
     const GObjectOwner<WebKitWebContext> context(webkit_web_context_new());
     const GObjectOwner<WebKitNetworkSession> session(webkit_network_session_new_ephemeral());
@@ -101,13 +101,13 @@ void HelpWindowGtk::makeView()
     g_signal_connect(m_view, "decide-policy",
         G_CALLBACK(+[](WebKitWebView*, WebKitPolicyDecision* decision,
                         WebKitPolicyDecisionType type, gpointer self) {
-            return static_cast<HelpWindowGtk*>(self)->decide(decision, type);
+            return static_cast<HelpWindowWebKit*>(self)->decide(decision, type);
         }),
         this);
     g_signal_connect(m_view, "context-menu", G_CALLBACK(+[]() -> gboolean { return TRUE; }), this);
     g_signal_connect(m_view, "web-process-terminated",
         G_CALLBACK(+[](WebKitWebView*, WebKitWebProcessTerminationReason, gpointer self) {
-            static_cast<HelpWindowGtk*>(self)->m_window.close();
+            static_cast<HelpWindowWebKit*>(self)->m_window.close();
         }),
         this);
     auto* widget = Glib::wrap(GTK_WIDGET(m_view));
@@ -115,14 +115,14 @@ void HelpWindowGtk::makeView()
     get<Gtk::Box>("content").append(*widget);
 }
 
-void HelpWindowGtk::load(const std::string& anchor)
+void HelpWindowWebKit::load(const std::string& anchor)
 {
     const auto address = helpPages::setupGuide + (anchor.empty() ? "" : "#" + anchor);
     webkit_web_view_load_html(m_view, readGuide().c_str(), address.c_str());
     gtk_widget_grab_focus(GTK_WIDGET(m_view));
 }
 
-gboolean HelpWindowGtk::decide(WebKitPolicyDecision* decision, WebKitPolicyDecisionType type)
+gboolean HelpWindowWebKit::decide(WebKitPolicyDecision* decision, WebKitPolicyDecisionType type)
 {
     if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE)
         return FALSE;
@@ -142,20 +142,20 @@ gboolean HelpWindowGtk::decide(WebKitPolicyDecision* decision, WebKitPolicyDecis
 }
 
 /// Ahead of the page: the engine has keys that open something of the toolkit, or end the program.
-void HelpWindowGtk::connectKeys()
+void HelpWindowWebKit::connectKeys()
 {
     auto* keys = gtk_event_controller_key_new();
     gtk_event_controller_set_propagation_phase(keys, GTK_PHASE_CAPTURE);
     g_signal_connect(keys, "key-pressed",
         G_CALLBACK(+[](GtkEventControllerKey*, guint key, guint, GdkModifierType modifiers,
                         gpointer self) -> gboolean {
-            return static_cast<HelpWindowGtk*>(self)->handleKey(key, modifiers);
+            return static_cast<HelpWindowWebKit*>(self)->handleKey(key, modifiers);
         }),
         this);
     gtk_widget_add_controller(GTK_WIDGET(m_window.gobj()), keys);
 }
 
-bool HelpWindowGtk::handleKey(guint key, GdkModifierType modifiers)
+bool HelpWindowWebKit::handleKey(guint key, GdkModifierType modifiers)
 {
     const auto held = modifiers & gtk_accelerator_get_default_mod_mask() & ~GDK_SHIFT_MASK;
     if (held == GDK_CONTROL_MASK)
@@ -167,7 +167,7 @@ bool HelpWindowGtk::handleKey(guint key, GdkModifierType modifiers)
     return std::ranges::find(readingKeys, static_cast<int>(key)) == readingKeys.end();
 }
 
-bool HelpWindowGtk::handleCommand(guint key)
+bool HelpWindowWebKit::handleCommand(guint key)
 {
     switch (key) {
     case GDK_KEY_a:
@@ -195,7 +195,7 @@ bool HelpWindowGtk::handleCommand(guint key)
     return true;
 }
 
-void HelpWindowGtk::zoom(double factor)
+void HelpWindowWebKit::zoom(double factor)
 {
     webkit_web_view_set_zoom_level(
         m_view, std::clamp(webkit_web_view_get_zoom_level(m_view) * factor, leastZoom, mostZoom));

@@ -1,9 +1,8 @@
 #pragma once
 
-#include <functional>
+#include "platform/linux/gtk/HelpWindow.h"
+
 #include <gtkmm/builder.h>
-#include <gtkmm/window.h>
-#include <string>
 #include <webkit/webkit.h>
 
 namespace quillox {
@@ -11,25 +10,14 @@ namespace quillox {
 /// Shows the setup guide where no browser does. Nothing leads out of it: it has no scripts, no
 /// network and no menus, takes no keys but those for reading, and shows no other page. Escape,
 /// Ctrl+W and its button close it.
-class HelpWindowGtk final {
+class HelpWindowWebKit final : public HelpWindow {
 public:
     /// `parent` may be null.
-    explicit HelpWindowGtk(Gtk::Window* parent);
-    HelpWindowGtk(const HelpWindowGtk&) = delete;
-    HelpWindowGtk& operator=(const HelpWindowGtk&) = delete;
-    ~HelpWindowGtk();
+    explicit HelpWindowWebKit(Gtk::Window* parent);
+    ~HelpWindowWebKit() override;
 
-    /// Loads the guide, at one of its anchors; empty: at its beginning.
-    void load(const std::string& anchor);
-
-    Gtk::Window& window() { return m_window; }
-
-    /// A link was chosen that leads out of the guide.
-    std::function<void(const std::string& url)> onLink;
-
-    /// The window has left the screen. It comes out of an event of the window: whoever destroys it
-    /// upon that has to wait until the main loop turns again.
-    std::function<void()> onClosed;
+    void load(const std::string& anchor) override;
+    Gtk::Window& window() override { return m_window; }
 
 private:
     template <typename Widget> Widget& get(const char* id)
