@@ -136,7 +136,7 @@ void AppState::launchKiosk()
         askForAccessibility();
         return;
     }
-    if (!m_controller.canShowPages()) {
+    if (!canShowPages()) {
         presentNoEngineAlert();
         return;
     }
@@ -149,6 +149,11 @@ void AppState::launchKiosk()
         return;
     isKioskActive.set(false);
     presentLockdownFailedAlert();
+}
+
+bool AppState::canShowPages() const
+{
+    return m_controller.canShowPages();
 }
 
 bool AppState::canLockKeyboard() const

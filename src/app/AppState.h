@@ -73,6 +73,9 @@ public:
     /// Seals now, or says why it cannot. Nothing happens without a source.
     void launchKiosk();
 
+    /// Whether there is an engine. It may take the time that loading one takes.
+    bool canShowPages() const;
+
 private:
     void tickAutoStart();
     void useLocalSource(const std::string& path);

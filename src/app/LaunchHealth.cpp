@@ -17,7 +17,7 @@ LaunchHealth::LaunchHealth(AppState& state, RunLoop& runLoop, std::function<void
     m_settling = runLoop.after(settling, [this] {
         const bool isInSetup = !m_countdown && !m_state.isKioskActive.get();
         if (isInSetup)
-            handleScreenShown();
+            handleSetupShown();
     });
 }
 
@@ -33,6 +33,12 @@ void LaunchHealth::handleCountdown(std::optional<int> seconds)
     const bool isCancelled = !seconds && m_countdown > 1;
     m_countdown = seconds;
     if (isCancelled)
+        handleSetupShown();
+}
+
+void LaunchHealth::handleSetupShown()
+{
+    if (m_state.canShowPages())
         handleScreenShown();
 }
 

@@ -13,7 +13,8 @@ class RunLoop;
 
 /// Judges whether this start of the application came to where it leads: to the sealed page, or the
 /// notice in its place, when it seals by itself, and to the setup otherwise. One that was to seal
-/// and did not has failed, however well its setup looks. Main thread only.
+/// and did not has failed, however well its setup looks, and so has one whose setup could never
+/// seal for want of an engine. Main thread only.
 class LaunchHealth {
 public:
     /// By then a countdown runs if one is to come.
@@ -28,6 +29,7 @@ public:
 
 private:
     void handleCountdown(std::optional<int> seconds);
+    void handleSetupShown();
 
     AppState& m_state;
     std::function<void()> m_onHealthy;
