@@ -12,7 +12,7 @@ from rig.waiting import wait_for
 NOTICE = (235, 235, 235)
 # A page that has lived for ten seconds counts as a good one.
 FRAIL = site.PAGE + b"<script src=/fault></script><script>onload = () => setTimeout(() => fetch('/lives'), 10500)</script>"
-HANG = b"setTimeout(() => { fetch('/hangs'); const end = Date.now() + 100; while (Date.now() < end); while (true); }, 100)"
+HANG = b"setTimeout(() => { fetch('/hangs'); const end = Date.now() + 100; while (Date.now() < end); while (true); }, %d)"
 GROW = b"const all = []; setInterval(() => all.push(new Uint8Array(3e7).fill(all.length)), 400)"
 NOTICED_WITHIN = 10  # seconds from the beginning of a hang
 SLACK = 5  # for a machine that is busy with other tests
@@ -82,9 +82,9 @@ def test_killed_again_and_again(frail):
 
 
 @pytest.mark.on("openbox")
-@pytest.mark.parametrize("is_touched", [False, True])
-def test_hangs(frail, is_touched):
-    site.PAGES["/fault"] = HANG
+@pytest.mark.parametrize("is_touched, milliseconds", [(False, 9000), (True, 100)])  # After the first signs of life, and before.
+def test_hangs(frail, is_touched, milliseconds):
+    site.PAGES["/fault"] = HANG % milliseconds
     frail.site.paths.clear()
     kill_page(frail)
     wait_for("page that hangs", lambda: "/hangs" in frail.site.paths)

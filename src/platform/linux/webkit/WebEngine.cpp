@@ -72,8 +72,7 @@ WebKitWebContext* WebEngine::context(const std::string& siteFolder)
     m_schemes.abandon();
     m_context = makeContext();
     m_siteFolder = siteFolder;
-    if (!siteFolder.empty())
-        letPagesPlay(m_context.get(), siteFolder);
+    loadIntoPages(m_context.get(), siteFolder);
     return m_context.get();
 }
 
@@ -90,14 +89,17 @@ GObjectOwner<WebKitWebContext> WebEngine::makeContext() const
         WEBKIT_TYPE_WEB_CONTEXT, "memory-pressure-settings", settings.get(), nullptr)));
 }
 
-void WebEngine::letPagesPlay(WebKitWebContext* context, const std::string& siteFolder)
+void WebEngine::loadIntoPages(WebKitWebContext* context, const std::string& siteFolder)
 {
     if (!m_extensionFolder) {
-        m_log.write("Quillox: audio and video of local sites do not play; " QUILLOX_WEB_EXTENSION
-                    " is not installed.");
+        if (!siteFolder.empty())
+            m_log.write(
+                "Quillox: audio and video of local sites do not play; " QUILLOX_WEB_EXTENSION
+                " is not installed.");
         return;
     }
-    webkit_web_context_add_path_to_sandbox(context, siteFolder.c_str(), TRUE);
+    if (!siteFolder.empty())
+        webkit_web_context_add_path_to_sandbox(context, siteFolder.c_str(), TRUE);
     webkit_web_context_add_path_to_sandbox(context, m_extensionFolder->c_str(), TRUE);
     webkit_web_context_set_web_process_extensions_directory(context, m_extensionFolder->c_str());
     webkit_web_context_set_web_process_extensions_initialization_user_data(

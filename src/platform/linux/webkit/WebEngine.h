@@ -30,7 +30,7 @@ private:
     WebKitNetworkSession* session();
     WebKitWebContext* context(const std::string& siteFolder);
     GObjectOwner<WebKitWebContext> makeContext() const;
-    void letPagesPlay(WebKitWebContext*, const std::string& siteFolder);
+    void loadIntoPages(WebKitWebContext*, const std::string& siteFolder);
 
     RunLoop& m_runLoop;
     SystemLog& m_log;

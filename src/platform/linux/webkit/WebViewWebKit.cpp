@@ -93,6 +93,7 @@ WebViewWebKit::WebViewWebKit(WebKitWebContext* context, WebKitNetworkSession* se
     , m_widget(Glib::wrap(GTK_WIDGET(m_view.get())))
     , m_load(m_view.get(), runLoop)
     , m_background(m_view.get())
+    , m_ping(m_view.get())
     , m_networkProcess([this] {
         if (m_navigationDelegate)
             m_navigationDelegate->networkProcessDidEnd();
@@ -109,7 +110,6 @@ WebViewWebKit::WebViewWebKit(WebKitWebContext* context, WebKitNetworkSession* se
 
 WebViewWebKit::~WebViewWebKit()
 {
-    cancelPing();
     auto* history = webkit_web_view_get_back_forward_list(m_view.get());
     g_signal_handlers_disconnect_by_data(history, this);
     g_signal_handlers_disconnect_by_data(m_view.get(), this);
@@ -157,45 +157,20 @@ std::string WebViewWebKit::url() const
     return url ? url : "";
 }
 
-void WebViewWebKit::cancelPing()
-{
-    if (m_ping)
-        g_cancellable_cancel(m_ping.get());
-    m_ping.reset();
-}
-
-void WebViewWebKit::ping(std::function<void()> onAnswer)
-{
-    cancelPing();
-    m_onAnswer = std::move(onAnswer);
-    m_ping.reset(g_cancellable_new());
-    // A message that nobody there knows costs the page nothing, unlike a script, which has a whole
-    // engine swept afterwards; its refusal comes from the thread that runs the page's scripts.
-    webkit_web_view_send_message_to_page(
-        m_view.get(), webkit_user_message_new("ping", nullptr), m_ping.get(),
-        [](GObject* view, GAsyncResult* result, gpointer self) {
-            GError* failure = nullptr;
-            const GObjectOwner<WebKitUserMessage> reply(webkit_web_view_send_message_to_page_finish(
-                WEBKIT_WEB_VIEW(view), result, &failure));
-            const GErrorOwner error(failure);
-            // Any other error is an answer, too.
-            if (g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_CANCELLED))
-                return;
-            if (const auto answer
-                = std::exchange(static_cast<WebViewWebKit*>(self)->m_onAnswer, {}))
-                answer();
-        },
-        this);
-}
-
 void WebViewWebKit::endPageProcess()
 {
     webkit_web_view_terminate_web_process(m_view.get());
 }
 
+void WebViewWebKit::handleCommit()
+{
+    m_ping.reset();
+    m_networkProcess.refresh();
+}
+
 void WebViewWebKit::handleProcessEnd(WebKitWebProcessTerminationReason reason)
 {
-    cancelPing();
+    m_ping.reset();
     const bool madeRoom = m_load.handleProcessEnd();
     if (m_navigationDelegate)
         m_navigationDelegate->pageProcessDidEnd(
@@ -301,7 +276,7 @@ void WebViewWebKit::connectProcessSignals()
     g_signal_connect(m_view.get(), "load-changed",
         G_CALLBACK(+[](WebKitWebView*, WebKitLoadEvent event, gpointer self) {
             if (event == WEBKIT_LOAD_COMMITTED)
-                static_cast<WebViewWebKit*>(self)->m_networkProcess.refresh();
+                static_cast<WebViewWebKit*>(self)->handleCommit();
         }),
         this);
     g_signal_connect(webkit_web_view_get_back_forward_list(m_view.get()), "changed",

@@ -5,6 +5,7 @@
 #include "platform/linux/webkit/NetworkProcessWatch.h"
 #include "platform/linux/webkit/PageBackground.h"
 #include "platform/linux/webkit/PageLoad.h"
+#include "platform/linux/webkit/PageProcessPing.h"
 #include "ports/RunLoop.h"
 #include "ports/WebView.h"
 
@@ -37,7 +38,7 @@ public:
     {
         m_background.read(std::move(callback));
     }
-    void ping(std::function<void()> onAnswer) override;
+    void ping(std::function<void()> onAnswer) override { m_ping.ping(std::move(onAnswer)); }
     void endPageProcess() override;
     Gtk::Widget& widget() override { return *m_widget; }
 
@@ -50,8 +51,8 @@ private:
     bool isAnswerAccepted(WebKitResponsePolicyDecision*);
     void loadInPlaceOfNewWindow(WebKitNavigationAction*);
     bool showContextMenu(WebKitContextMenu*);
+    void handleCommit();
     void handleProcessEnd(WebKitWebProcessTerminationReason);
-    void cancelPing();
 
     decltype(WebViewConfiguration::schemeHandlers) m_schemeHandlers; ///< Owned for its pages.
     GObjectOwner<WebKitUserContentManager> m_content;
@@ -59,11 +60,10 @@ private:
     Gtk::Widget* m_widget; ///< The same object, as a widget; destroyed with it.
     PageLoad m_load;
     PageBackground m_background;
+    PageProcessPing m_ping;
     NetworkProcessWatch m_networkProcess;
     NavigationDelegate* m_navigationDelegate = nullptr;
     UIDelegate* m_uiDelegate = nullptr;
-    GObjectOwner<GCancellable> m_ping;
-    std::function<void()> m_onAnswer;
 };
 
 } // namespace quillox
