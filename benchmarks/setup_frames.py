@@ -5,7 +5,6 @@ wheel and while the gesture is held. README.md says how to read the result."""
 import argparse
 import contextlib
 import select
-import statistics
 import sys
 import time
 from collections.abc import Callable, Iterator
@@ -122,7 +121,7 @@ def watch(options: argparse.Namespace, stage: Stage, folder: Path) -> dict[str, 
 
 
 def summary(rows: list[dict]) -> dict[str, float]:
-    return {"rate": statistics.median(row["frames"] / row["seconds"] for row in rows),
+    return {"rate": sum(row["frames"] for row in rows) / sum(row["seconds"] for row in rows),
             "dropped": sum(row["dropped"] for row in rows),
             "longest_ms": max(row["longest_ms"] for row in rows),
             "seconds": sum(row["seconds"] for row in rows)}

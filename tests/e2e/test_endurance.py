@@ -9,7 +9,7 @@ from rig.processes import anonymous_memory, descendants, status
 from rig.waiting import wait_for
 
 SANITIZED = os.environ.get("QUILLOX_SANITIZED") == "1"
-RUNS, WARM = (20 if SANITIZED else 40), 10
+RUNS, WARM = (20 if SANITIZED else 50), 10
 GROWTH = 8 * 1024  # KiB between the warm run and the last one
 
 

@@ -19,6 +19,7 @@ namespace {
     };
 
     constexpr double killThreshold = 0.95; ///< A part of the limit.
+    constexpr double memoryPollInterval = 5; ///< Seconds. Each look takes 20 ms: it reads all maps.
 
     void cancelDownload(WebKitNetworkSession*, WebKitDownload* download, gpointer)
     {
@@ -84,7 +85,7 @@ GObjectOwner<WebKitWebContext> WebEngine::makeContext() const
         webkit_memory_pressure_settings_new());
     webkit_memory_pressure_settings_set_memory_limit(settings.get(), m_pageMemoryLimit);
     webkit_memory_pressure_settings_set_kill_threshold(settings.get(), killThreshold);
-    // Left at the engine's half a minute: each look reads all of the process's maps.
+    webkit_memory_pressure_settings_set_poll_interval(settings.get(), memoryPollInterval);
     return GObjectOwner<WebKitWebContext>(WEBKIT_WEB_CONTEXT(g_object_new(
         WEBKIT_TYPE_WEB_CONTEXT, "memory-pressure-settings", settings.get(), nullptr)));
 }
